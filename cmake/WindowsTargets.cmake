@@ -1,0 +1,50 @@
+# The Windows build: the plug-in DLL, its tests under Wine, and the tools.
+
+add_compile_definitions(UNICODE _UNICODE NOMINMAX _WIN32_WINNT=0x0601 WINVER=0x0601)
+set(OZDK_WARNINGS -Wall -Wextra -Wno-cast-function-type -Wno-missing-field-initializers)
+
+# Everything runs under Wine without the MinGW runtime DLLs.
+set(OZDK_STATIC_LINK -static -static-libgcc -static-libstdc++)
+
+set(OZDK_SYSTEM_LIBRARIES
+    winspool comctl32 comdlg32 shell32 shlwapi version ws2_32 ole32 oleaut32 uuid
+    gdi32 msimg32 user32 advapi32 kernel32)
+
+add_library(ozdk_protocol STATIC ${OZDK_PROTOCOL_SOURCES} ${CMAKE_SOURCE_DIR}/config/ui_config.h)
+set_target_properties(ozdk_protocol PROPERTIES LINKER_LANGUAGE CXX)
+target_include_directories(ozdk_protocol PUBLIC ${CMAKE_SOURCE_DIR})
+target_compile_options(ozdk_protocol PRIVATE ${OZDK_WARNINGS})
+
+file(GLOB OZDK_PRODUCT_SOURCES CONFIGURE_DEPENDS
+     ${CMAKE_SOURCE_DIR}/frame/*.cpp
+     ${CMAKE_SOURCE_DIR}/config/*.cpp
+     ${CMAKE_SOURCE_DIR}/device/*.cpp
+     ${CMAKE_SOURCE_DIR}/printer_ui/*.cpp
+     ${CMAKE_SOURCE_DIR}/document_ui/*.cpp)
+list(REMOVE_ITEM OZDK_PRODUCT_SOURCES ${CMAKE_SOURCE_DIR}/frame/dll_entry.cpp)
+
+# The product's code as a library: linked into the DLL, and into the tests that call
+# its routines directly.
+add_library(ozdkrnui_impl STATIC ${OZDK_PRODUCT_SOURCES})
+target_include_directories(ozdkrnui_impl PUBLIC ${CMAKE_SOURCE_DIR})
+target_compile_options(ozdkrnui_impl PRIVATE ${OZDK_WARNINGS})
+target_link_libraries(ozdkrnui_impl PUBLIC ozdk_protocol ${OZDK_SYSTEM_LIBRARIES})
+
+set(OZDK_RESOURCE_FILE ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.rc)
+set_property(SOURCE ${OZDK_RESOURCE_FILE} APPEND PROPERTY OBJECT_DEPENDS
+             ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.manifest ${CMAKE_SOURCE_DIR}/resources/strings.rc)
+
+add_library(ozdkrnui SHARED
+    ${CMAKE_SOURCE_DIR}/frame/dll_entry.cpp
+    ${CMAKE_SOURCE_DIR}/frame/ozdkrnui.def
+    ${OZDK_RESOURCE_FILE})
+set_target_properties(ozdkrnui PROPERTIES PREFIX "" OUTPUT_NAME ozdkrnui)
+target_compile_options(ozdkrnui PRIVATE ${OZDK_WARNINGS})
+target_link_options(ozdkrnui PRIVATE ${OZDK_STATIC_LINK})
+target_link_libraries(ozdkrnui PRIVATE ozdkrnui_impl)
+
+enable_testing()
+if(EXISTS ${CMAKE_SOURCE_DIR}/tools/CMakeLists.txt)
+  add_subdirectory(tools)
+endif()
+add_subdirectory(tests)

@@ -1,0 +1,284 @@
+#include "config/printer_data.h"
+
+#include <cwchar>
+
+#include "config/registry.h"
+#include "config/spooler.h"
+#include "frame/heap_memory.h"
+#include "frame/text_format.h"
+#include "frame/trace_log.h"
+#include "frame/unique_handle.h"
+
+namespace {
+
+UIConfig* gMediaTypeConfig = nullptr;
+
+// The writers' rule: one write through the caller's handle; only when it fails, the same
+// write once more through a full-access reopen. A failed reopen keeps the first status.
+template <typename Write>
+DWORD WriteWithFullAccessRetry(HANDLE printer, Write write) {
+    const DWORD status = write(printer);
+    if (status == ERROR_SUCCESS) {
+        return status;
+    }
+    UniquePrinter full(ReopenPrinterWithFullAccess(printer));
+    if (!full) {
+        return status;
+    }
+    return write(full.get());
+}
+
+const BYTE* AsBytes(const void* data) { return static_cast<const BYTE*>(data); }
+
+bool ReadConfigDword(HANDLE printer, const wchar_t* name, uint32_t* value) {
+    DWORD type = 0;
+    DWORD needed = 0;
+    uint32_t read = 0;
+    const DWORD status = Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, reinterpret_cast<BYTE*>(&read),
+                                                   sizeof(read), &needed);
+    if (status != ERROR_SUCCESS || type != REG_DWORD || needed != sizeof(read)) {
+        return false;
+    }
+    *value = read;
+    return true;
+}
+
+// A string value longer than the caller's buffer: read it whole and keep what fits.
+bool ReadConfigStringCut(HANDLE printer, const wchar_t* name, wchar_t* destination, DWORD capacity) {
+    DWORD type = 0;
+    DWORD needed = 0;
+    Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, nullptr, 0, &needed);
+    if (needed == 0) {
+        return false;
+    }
+    HeapBuffer whole(needed + sizeof(wchar_t));
+    if (!whole || Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, whole.bytes(), needed, &needed) !=
+                      ERROR_SUCCESS ||
+        type != REG_SZ) {
+        return false;
+    }
+    const DWORD keep = needed < (capacity - 1) * sizeof(wchar_t) ? needed : (capacity - 1) * sizeof(wchar_t);
+    CopyMemory(destination, whole.bytes(), keep);
+    TerminateReadString(destination, capacity, keep);
+    return true;
+}
+
+}  // namespace
+
+HANDLE ReopenPrinterWithFullAccess(HANDLE printer) {
+    BYTE info[4096] = {};
+    DWORD needed = 0;
+    if (!Spool().GetPrinterW(printer, 1, info, sizeof(info), &needed)) {
+        return nullptr;
+    }
+    const wchar_t* name = reinterpret_cast<PRINTER_INFO_1W*>(info)->pName;
+    if (name == nullptr) {
+        return nullptr;
+    }
+    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
+    HANDLE full = nullptr;
+    if (!Spool().OpenPrinterW(name, &full, &defaults)) {
+        return nullptr;
+    }
+    return full;
+}
+
+DWORD SetPrinterDataInteger(HANDLE printer, const wchar_t* name, uint32_t value) {
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
+        const DWORD status =
+            Spool().SetPrinterDataExW(target, kConfigKey, name, REG_DWORD, AsBytes(&value), sizeof(value));
+        Trace(L"SetPrinterDataInteger(): %d=SetPrinterDataEx(), %s=%d\n", status, name, value);
+        return status;
+    });
+}
+
+DWORD SetPrinterDataInteger2(HANDLE printer, const wchar_t* name, uint32_t value) {
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
+        const DWORD status = Spool().SetPrinterDataW(target, name, REG_DWORD, AsBytes(&value), sizeof(value));
+        Trace(L"SetPrinterDataInteger2(): %d=SetPrinterData(), %s=%d\n", status, name, value);
+        return status;
+    });
+}
+
+DWORD SetPrinterDataString(HANDLE printer, const wchar_t* name, const wchar_t* value, DWORD length) {
+    const DWORD bytes = length * sizeof(wchar_t);
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
+        const DWORD status = Spool().SetPrinterDataExW(target, kConfigKey, name, REG_SZ, AsBytes(value), bytes);
+        Trace(L"SetPrinterDataString(): %d=SetPrinterDataEx(), %s=%s\n", status, name, value);
+        return status;
+    });
+}
+
+DWORD SetPrinterDataPaperSize(HANDLE printer, const wchar_t* /*name*/, const PaperDimensions* size,
+                              DWORD /*bytes*/) {
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
+        return Spool().SetPrinterDataExW(target, kConfigKey, L"PaperSize", REG_BINARY, AsBytes(size), 8);
+    });
+}
+
+void GetPrinterDataInteger(HANDLE printer, const wchar_t* name, uint32_t* destination, uint32_t defaultValue) {
+    if (ReadConfigDword(printer, name, destination)) {
+        return;
+    }
+    *destination = defaultValue;
+    SetPrinterDataInteger(printer, name, defaultValue);
+}
+
+void GetPrinterDataInteger(HANDLE printer, const wchar_t* name, int32_t* destination, int32_t defaultValue) {
+    uint32_t value = 0;
+    GetPrinterDataInteger(printer, name, &value, static_cast<uint32_t>(defaultValue));
+    *destination = static_cast<int32_t>(value);
+}
+
+void GetPrinterDataString(HANDLE printer, const wchar_t* name, wchar_t* destination, const wchar_t* defaultValue,
+                          DWORD capacityBytes) {
+    constexpr DWORD kCapacity = kTextCapacity;
+    if (capacityBytes > kCapacity * sizeof(wchar_t)) {
+        capacityBytes = kCapacity * sizeof(wchar_t);
+    }
+    DWORD type = 0;
+    DWORD needed = 0;
+    const DWORD status = Spool().GetPrinterDataExW(printer, kConfigKey, name, &type,
+                                                   reinterpret_cast<BYTE*>(destination), capacityBytes, &needed);
+    if (status == ERROR_SUCCESS && type == REG_SZ) {
+        TerminateReadString(destination, capacityBytes / sizeof(wchar_t), needed);
+        return;
+    }
+    if (status == ERROR_MORE_DATA && type == REG_SZ &&
+        ReadConfigStringCut(printer, name, destination, capacityBytes / sizeof(wchar_t))) {
+        return;
+    }
+    CopyWide(destination, kCapacity, defaultValue);
+    SetPrinterDataString(printer, name, destination, static_cast<DWORD>(wcslen(destination)));
+}
+
+DWORD GetPrinterDataInteger2(HANDLE printer, const wchar_t* name, uint32_t* destination, uint32_t defaultValue) {
+    DWORD type = 0;
+    DWORD needed = 0;
+    uint32_t read = *destination;
+    DWORD status = Spool().GetPrinterDataW(printer, name, &type, reinterpret_cast<BYTE*>(&read), sizeof(read), &needed);
+    if (status == ERROR_SUCCESS && (type != REG_DWORD || needed != sizeof(read))) {
+        status = ERROR_INVALID_DATA;
+        read = *destination;
+    }
+    Trace(L"GetPrinterDataInteger2(): %d=GetPrinterData(), %s=%d\n", status, name, read);
+    if (status == ERROR_SUCCESS) {
+        *destination = read;
+        return 0;
+    }
+    *destination = defaultValue;
+    return SetPrinterDataInteger2(printer, name, defaultValue);
+}
+
+DWORD GetPrinterDataInteger2(HANDLE printer, const wchar_t* name, int32_t* destination, int32_t defaultValue) {
+    uint32_t value = static_cast<uint32_t>(*destination);
+    const DWORD status = GetPrinterDataInteger2(printer, name, &value, static_cast<uint32_t>(defaultValue));
+    *destination = static_cast<int32_t>(value);
+    return status;
+}
+
+bool GetPrinterDataPaperSize(HANDLE printer, PaperDimensions* size) {
+    DWORD type = 0;
+    DWORD needed = 0;
+    PaperDimensions read = {};
+    const DWORD status = Spool().GetPrinterDataExW(printer, kConfigKey, L"PaperSize", &type,
+                                                   reinterpret_cast<BYTE*>(&read), sizeof(read), &needed);
+    if (status != ERROR_SUCCESS || type != REG_BINARY || needed != sizeof(read)) {
+        return false;
+    }
+    *size = read;
+    return true;
+}
+
+void SetCurrentMediaTypeConfig(UIConfig* config) { gMediaTypeConfig = config; }
+
+DWORD SetConfigMediaType(const wchar_t* name, DWORD number) {
+    if (gMediaTypeConfig == nullptr) {
+        return ERROR_INVALID_HANDLE;
+    }
+    return WriteWithFullAccessRetry(gMediaTypeConfig->hPrinter, [&](HANDLE target) {
+        return Spool().SetPrinterDataExW(target, kMediaTypesKey, name, REG_DWORD, AsBytes(&number), sizeof(number));
+    });
+}
+
+DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer) {
+    BYTE info[4096] = {};
+    DWORD needed = 0;
+    const wchar_t* printerName = L"";
+    if (Spool().GetPrinterW(printer, 1, info, sizeof(info), &needed) &&
+        reinterpret_cast<PRINTER_INFO_1W*>(info)->pName != nullptr) {
+        printerName = reinterpret_cast<PRINTER_INFO_1W*>(info)->pName;
+    }
+    Trace(L"RemoveConfigMediaType(): reopening printer %ws\n", printerName);
+    UniquePrinter full(ReopenPrinterWithFullAccess(printer));
+    DWORD status = ERROR_ACCESS_DENIED;
+    if (full) {
+        status = Spool().DeletePrinterDataExW(full.get(), kMediaTypesKey, name);
+    } else if (GetLastError() != ERROR_SUCCESS) {
+        status = GetLastError();
+    }
+    Trace(L"RemoveConfigMediaType(): removing %s %d\n", name, status);
+    return status;
+}
+
+DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteCount) {
+    if (byteCount != nullptr) {
+        *byteCount = 0;
+    }
+    wchar_t path[1024] = {};
+    FormatWide(path, 1024, L"%s\\%s\\%s", L"SYSTEM\\CurrentControlSet\\Control\\Print\\Printers",
+               config->PrinterName, kMediaTypesKey);
+    UniqueRegKey key;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, key.put()) != ERROR_SUCCESS) {
+        Trace(L"EnumConfigMediaTypes(): cbReturned=%d\n", 0);
+        return 0;
+    }
+    constexpr DWORD kNameCapacity = 8192;
+    HeapBuffer name(kNameCapacity * sizeof(wchar_t));
+    DWORD count = 0;
+    wchar_t* out = buffer;
+    for (DWORD index = 0; name; ++index) {
+        DWORD length = kNameCapacity;
+        if (RegEnumValueW(key.get(), index, name.as<wchar_t>(), &length, nullptr, nullptr, nullptr, nullptr) !=
+            ERROR_SUCCESS) {
+            break;
+        }
+        if (out != nullptr) {
+            CopyMemory(out, name.as<wchar_t>(), (length + 1) * sizeof(wchar_t));
+            out += length + 1;
+        }
+        count += (length + 1) * sizeof(wchar_t);
+        Trace(L"EnumConfigMediaTypes(): %s\n", name.as<wchar_t>());
+    }
+    if (out != nullptr) {
+        *out = L'\0';
+    }
+    count += sizeof(wchar_t);
+    if (byteCount != nullptr) {
+        *byteCount = count;
+    }
+    Trace(L"EnumConfigMediaTypes(): cbReturned=%d\n", count);
+    return count;
+}
+
+BOOL SetPrinterAsAdmin(HANDLE printer, DWORD level, PRINTER_INFO_2W* info) {
+    DWORD needed = 0;
+    Spool().GetPrinterW(printer, 1, nullptr, 0, &needed);
+    HeapBuffer basic(needed);
+    if (!basic) {
+        return FALSE;
+    }
+    BOOL result = FALSE;
+    DWORD error = 0;
+    if (Spool().GetPrinterW(printer, 1, basic.bytes(), needed, &needed)) {
+        PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
+        HANDLE full = nullptr;
+        if (Spool().OpenPrinterW(basic.as<PRINTER_INFO_1W>()->pName, &full, &defaults)) {
+            result = Spool().SetPrinterW(full, level, reinterpret_cast<BYTE*>(info), 0);
+            error = GetLastError();
+            Spool().ClosePrinter(full);
+        }
+    }
+    Trace(L"SetPrinterAsAdmin(): %u=SetPrinter( %u )\n", result, error);
+    return result;
+}

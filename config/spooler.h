@@ -1,0 +1,56 @@
+// Every call the plug-in makes to the print spooler goes through this one interface.
+// Its methods forward to winspool; the product always uses this implementation.
+// A test may install a subclass that overrides a few calls to produce what the spooler
+// at hand cannot (access rights, deletions, a form table), and forwards the rest.
+#pragma once
+
+#include <windows.h>
+#include <winspool.h>
+
+#include "frame/unique_handle.h"
+
+class Spooler {
+public:
+    virtual ~Spooler() = default;
+
+    virtual BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults);
+    virtual BOOL ClosePrinter(HANDLE printer);
+    virtual BOOL GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed);
+    virtual BOOL SetPrinterW(HANDLE printer, DWORD level, BYTE* info, DWORD command);
+    virtual DWORD GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data,
+                                  DWORD size, DWORD* needed);
+    virtual DWORD SetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD type, const BYTE* data,
+                                  DWORD size);
+    virtual DWORD GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type,
+                                    BYTE* data, DWORD size, DWORD* needed);
+    virtual DWORD SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type,
+                                    const BYTE* data, DWORD size);
+    virtual DWORD DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name);
+    virtual BOOL GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size,
+                          DWORD* needed);
+    virtual BOOL AddFormW(HANDLE printer, DWORD level, BYTE* form);
+    virtual BOOL DeleteFormW(HANDLE printer, const wchar_t* form);
+    virtual int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability,
+                                    wchar_t* output, const DEVMODEW* devmode);
+    virtual LONG DocumentPropertiesW(HWND window, HANDLE printer, const wchar_t* device, DEVMODEW* output,
+                                     DEVMODEW* input, DWORD mode);
+    virtual DWORD StartDocPrinterW(HANDLE printer, DWORD level, BYTE* docInfo);
+    virtual BOOL WritePrinter(HANDLE printer, const void* data, DWORD size, DWORD* written);
+    virtual BOOL EndDocPrinter(HANDLE printer);
+    virtual BOOL GetPrinterDriverW(HANDLE printer, const wchar_t* environment, DWORD level, BYTE* buffer,
+                                   DWORD size, DWORD* needed);
+    virtual BOOL GetPrinterDriverDirectoryW(const wchar_t* server, const wchar_t* environment, DWORD level,
+                                            BYTE* buffer, DWORD size, DWORD* needed);
+};
+
+// The spooler the plug-in talks to.
+Spooler& Spool();
+
+// Test seam: installs a replacement for this process; null restores the real one.
+void SetSpoolerForTesting(Spooler* replacement);
+
+namespace spooler_detail {
+inline void ClosePrinterThroughSpooler(HANDLE printer) { Spool().ClosePrinter(printer); }
+}  // namespace spooler_detail
+
+using UniquePrinter = UniqueHandle<HANDLE, spooler_detail::ClosePrinterThroughSpooler, nullptr>;

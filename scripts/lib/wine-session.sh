@@ -1,0 +1,55 @@
+# One Wine session for a whole run: a throwaway prefix under the build folder, one Xvfb,
+# a persistent wineserver and one background program that keeps the session warm.
+#
+#   wine_session_start BUILD_DIR   sets WINEPREFIX, DISPLAY, WINE64 and exports them
+#   wine_session_stop
+
+WINE64=${WINE64:-/usr/lib/wine/wine64}
+[ -x "$WINE64" ] || WINE64=$(command -v wine64 || command -v wine)
+WINESERVER=${WINESERVER:-/usr/lib/wine/wineserver64}
+[ -x "$WINESERVER" ] || WINESERVER=$(command -v wineserver64 || command -v wineserver)
+
+wine_session_start() {
+    local build_dir=$1
+    export WINEPREFIX="$build_dir/wineprefix"
+    export WINEDEBUG=-all
+    export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+    export WINEARCH=win64
+    export WINE64 WINESERVER
+
+    if [ -z "${OZDK_USE_DISPLAY:-}" ]; then
+        local fd_file
+        fd_file=$(mktemp)
+        Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$fd_file" >/dev/null 2>&1 &
+        OZDK_XVFB_PID=$!
+        local tries=0
+        while [ ! -s "$fd_file" ] && [ $tries -lt 100 ]; do sleep 0.1; tries=$((tries + 1)); done
+        export DISPLAY=":$(cat "$fd_file")"
+        rm -f "$fd_file"
+    fi
+
+    "$WINESERVER" -k >/dev/null 2>&1 || true
+    rm -rf "$WINEPREFIX"
+    "$WINE64" wineboot -i >/dev/null 2>&1
+    "$WINE64" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1
+    "$WINE64" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f >/dev/null 2>&1
+    "$WINESERVER" -p
+}
+
+# Runs a Windows program of the session in the background for the session's life.
+wine_session_keep() {
+    "$WINE64" "$@" </dev/null >/dev/null 2>&1 &
+}
+
+wine_session_stop() {
+    "$WINESERVER" -k >/dev/null 2>&1 || true
+    if [ -n "${OZDK_XVFB_PID:-}" ]; then
+        kill "$OZDK_XVFB_PID" >/dev/null 2>&1 || true
+        wait "$OZDK_XVFB_PID" 2>/dev/null || true
+    fi
+}
+
+# unix_to_windows PATH: the Windows view of a Unix path.
+unix_to_windows() {
+    printf 'Z:%s' "$1" | tr '/' '\\'
+}

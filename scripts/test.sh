@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Builds ozdkrnui.dll and runs the whole test suite: the protocol core natively under
+# the sanitizers (with a bounded fuzzing run), then every test under Wine.
+set -uo pipefail
+OZDK_ROOT=$(cd "$(dirname "$0")/.." && pwd)
+export OZDK_ROOT
+BUILD_DIR=${BUILD_DIR:-$OZDK_ROOT/build}
+mkdir -p "$BUILD_DIR"
+BUILD_DIR=$(cd "$BUILD_DIR" && pwd)
+export BUILD_DIR
+
+source "$OZDK_ROOT/scripts/lib/packages.sh"
+source "$OZDK_ROOT/scripts/lib/wine-session.sh"
+source "$OZDK_ROOT/scripts/lib/build.sh"
+ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${NATIVE_PACKAGES[@]}" || exit 1
+
+passed=0
+failed=0
+# count_results LOG: adds ctest's totals to the run's.
+count_results() {
+    local line total fails
+    line=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1)
+    if [ -z "$line" ]; then
+        failed=$((failed + 1))
+        return
+    fi
+    fails=$(echo "$line" | sed -E 's/.* ([0-9]+) tests? failed out of.*/\1/')
+    total=$(echo "$line" | sed -E 's/.*out of ([0-9]+).*/\1/')
+    passed=$((passed + total - fails))
+    failed=$((failed + fails))
+}
+
+echo "== native protocol core (sanitizers, fuzzing)"
+native_log="$BUILD_DIR/native-core.log"
+if [ -f "$OZDK_ROOT/scripts/run-native-core.sh" ]; then
+    bash "$OZDK_ROOT/scripts/run-native-core.sh" 2>&1 | tee "$native_log"
+    native_status=${PIPESTATUS[0]}
+    count_results "$native_log"
+    if [ "$native_status" -ne 0 ] && ! grep -qE '[1-9][0-9]* tests? failed out of' "$native_log"; then
+        echo "native core: a step other than the unit tests failed (build or fuzzing)"
+        failed=$((failed + 1))
+    fi
+fi
+
+echo "== Windows build"
+if ! configure_and_build_windows "$BUILD_DIR/win"; then
+    echo "the Windows build failed"
+    echo "$passed passed, $((failed + 1)) failed"
+    exit 1
+fi
+
+echo "== tests under Wine"
+wine_session_start "$BUILD_DIR/win"
+trap wine_session_stop EXIT
+wine_session_keep "$BUILD_DIR/win/tests/session_keeper.exe"
+if ! prepare_test_prefix "$BUILD_DIR/win"; then
+    echo "the test prefix could not be prepared"
+    echo "$passed passed, $((failed + 1)) failed"
+    exit 1
+fi
+wine_log="$BUILD_DIR/wine-tests.log"
+(cd "$BUILD_DIR/win" && timeout 1500 ctest --output-on-failure --timeout 180) 2>&1 | tee "$wine_log"
+count_results "$wine_log"
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
