@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Builds ozdkrnui.dll and runs the whole test suite: the protocol core natively under
 # the sanitizers (with a bounded fuzzing run), then every test under Wine.
+#
+# Environment: BUILD_DIR (default ./build); OZDK_SKIP_NATIVE=1 skips the native part;
+# OZDK_CTEST_ARGS passes arguments to the Wine run's ctest (for example "-R Trace").
 set -uo pipefail
 OZDK_ROOT=$(cd "$(dirname "$0")/.." && pwd)
 export OZDK_ROOT
@@ -32,7 +35,7 @@ count_results() {
 
 echo "== native protocol core (sanitizers, fuzzing)"
 native_log="$BUILD_DIR/native-core.log"
-if [ -f "$OZDK_ROOT/scripts/run-native-core.sh" ]; then
+if [ -z "${OZDK_SKIP_NATIVE:-}" ] && [ -f "$OZDK_ROOT/scripts/run-native-core.sh" ]; then
     bash "$OZDK_ROOT/scripts/run-native-core.sh" 2>&1 | tee "$native_log"
     native_status=${PIPESTATUS[0]}
     count_results "$native_log"
@@ -59,7 +62,7 @@ if ! prepare_test_prefix "$BUILD_DIR/win"; then
     exit 1
 fi
 wine_log="$BUILD_DIR/wine-tests.log"
-(cd "$BUILD_DIR/win" && timeout 1500 ctest --output-on-failure --timeout 180) 2>&1 | tee "$wine_log"
+(cd "$BUILD_DIR/win" && timeout 1500 ctest --output-on-failure --timeout 180 ${OZDK_CTEST_ARGS:-}) 2>&1 | tee "$wine_log"
 count_results "$wine_log"
 
 echo "$passed passed, $failed failed"
