@@ -1,0 +1,183 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+#include "config/config_lifecycle.h"
+#include "config/localisation.h"
+#include "config_fixtures.h"
+#include "frame/text_format.h"
+#include "resources/resource_ids.h"
+
+using namespace configtest;
+using testenv::TraceLog;
+
+namespace {
+
+const wchar_t kTable[] =
+    L"[Locales]\r\nList=en_us,de_de\r\n"
+    L"[Strings]\r\nForm Size=Formulargr\u00f6\u00dfe\r\nLayout=Seitenlayout\r\nQuorl=@key\r\n"
+    L"[Caption]\r\nForm Size=Format\r\nLayout=Seite\r\n";
+
+// The locale library (a stand-in build, or none), the maker's folder with the locale
+// table, and a record bound through PrepareLocale.
+class Localised {
+public:
+    explicit Localised(const wchar_t* library, const wchar_t* table = kTable, const wchar_t* locale = nullptr)
+        : placed_(library != nullptr ? BuildPath(std::wstring(L"tests\\standins\\locale_library\\") + library)
+                                     : std::wstring(),
+                  LocaleLibraryPath()),
+          localeValue_(HKEY_LOCAL_MACHINE, kSetupKey, L"Locale"),
+          config_(new UIConfig{}) {
+        if (table != nullptr) maker_.WriteLocaleTable(table);
+        if (locale != nullptr) {
+            localeValue_.SetString(locale);
+        } else {
+            localeValue_.Remove();
+        }
+        config_->hModule = GetModuleHandleW(nullptr);
+        CopyWide(config_->KSDir, kTextCapacity, maker_.path().c_str());
+        CopyWide(config_->DriverName, kTextCapacity, L"Test Embosser");
+        PrepareLocale(heap_.get(), config_.get());
+    }
+    ~Localised() { PostpareLocale(config_.get()); }
+
+    bool placed() const { return placed_.placed(); }
+    const UIConfig* config() const { return config_.get(); }
+    UIConfig* config() { return config_.get(); }
+    const MakerFolder& maker() const { return maker_; }
+
+    std::wstring String(UINT id) { return Take(LoadLocalString(config_.get(), heap_.get(), id)); }
+    // "(null)" stands for no text at all.
+    std::wstring Caption(UINT id) { return Take(LoadLocalCaption(config_.get(), heap_.get(), id)); }
+
+private:
+    std::wstring Take(wchar_t* text) {
+        if (text == nullptr) return L"(null)";
+        std::wstring copy = text;
+        HeapFree(heap_.get(), 0, text);
+        return copy;
+    }
+
+    MakerFolder maker_;
+    PlacedFile placed_;
+    RegistryValueGuard localeValue_;
+    HostHeap heap_;
+    std::unique_ptr<UIConfig> config_;
+};
+
+bool Has(const std::vector<std::wstring>& lines, const std::wstring& line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+}  // namespace
+
+TEST(Localisation, TranslatesStringsAndCaptionsThroughTheLocaleLibrary) {
+    TraceLog log;
+    Localised localised(L"ozdkrnlcl.dll", kTable, L"de_de");
+    ASSERT_TRUE(localised.placed());
+    ASSERT_NE(localised.config()->hLcl, nullptr);
+
+    EXPECT_EQ(localised.String(IDS_FORM_SIZE), L"Formulargr\u00f6\u00dfe");
+    EXPECT_EQ(localised.Caption(IDS_FORM_SIZE), L"Format");
+    EXPECT_EQ(localised.Caption(IDS_PAGE_LAYOUT), L"Seite");
+    EXPECT_STREQ(GetLocalString(localised.config(), IDS_PAGE_LAYOUT), L"Seitenlayout");
+    EXPECT_STREQ(GetLocalString(localised.config(), IDS_PAGE_QUORL), L"Quorl");  // the library hands the key back
+
+    const auto requests = localised.maker().LocaleRequests();
+    EXPECT_TRUE(Has(requests, L"Create " + localised.maker().LocaleFolder() + L"|ozdkrnui"));
+    EXPECT_TRUE(Has(requests, L"EnumLocales"));
+    EXPECT_TRUE(Has(requests, L"InitLocale de_de"));
+    EXPECT_TRUE(log.Contains("PrepareLocale(): n=2, locales=en_us,de_de"));
+    EXPECT_TRUE(log.Contains("PrepareLocale(): success InitLocale( de_de )"));
+    EXPECT_TRUE(log.Contains("\tForm Size = Format"));
+}
+
+TEST(Localisation, ACaptionTheSectionLacksIsNullWhileTheStringFallsBack) {
+    Localised localised(L"ozdkrnlcl.dll");
+    ASSERT_NE(localised.config()->hLcl, nullptr);
+    EXPECT_EQ(localised.Caption(IDS_FORM_WIDTH), L"(null)");
+    EXPECT_EQ(localised.String(IDS_FORM_WIDTH), L"Form Width");
+    EXPECT_STREQ(GetLocalString(localised.config(), IDS_FORM_WIDTH), L"Form Width");
+}
+
+TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
+    const struct {
+        const char* what;
+        const wchar_t* library;
+        const wchar_t* table;
+        bool instance;
+    } cases[] = {
+        {"no library", nullptr, kTable, false},
+        {"library without the string exports", L"ozdkrnlcl_partial.dll", kTable, true},
+        {"library that makes no instance", L"ozdkrnlcl.dll", nullptr, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        TraceLog log;
+        Localised localised(c.library, c.table);
+        EXPECT_EQ(localised.config()->hLcl != nullptr, c.instance);
+        EXPECT_EQ(localised.String(IDS_FORM_SIZE), L"Form Size");
+        EXPECT_EQ(localised.Caption(IDS_FORM_SIZE), L"Form Size");
+        EXPECT_STREQ(GetLocalString(localised.config(), IDS_FORM_SIZE), L"Form Size");
+        EXPECT_FALSE(TranslateDialog(localised.config(), GetDesktopWindow()));
+        // A string the resources lack: no text, an empty caption, an empty shared buffer.
+        EXPECT_EQ(localised.String(9999), L"(null)");
+        EXPECT_EQ(localised.Caption(9999), L"");
+        EXPECT_STREQ(GetLocalString(localised.config(), 9999), L"");
+        if (c.library == nullptr) {
+            EXPECT_TRUE(log.Contains("PrepareLocale(): loading LocaleDLL failed"));
+            const auto* slots = reinterpret_cast<void* const*>(&localised.config()->lcl);
+            for (int i = 0; i < kLocaleFunctionCount; ++i) EXPECT_EQ(slots[i], nullptr) << i;
+        }
+    }
+}
+
+TEST(Localisation, WithoutALocaleValueTheLocaleIsEnglishUs) {
+    Localised localised(L"ozdkrnlcl.dll");
+    EXPECT_TRUE(Has(localised.maker().LocaleRequests(), L"InitLocale en_us"));
+    EXPECT_FALSE(Has(localised.maker().LocaleRequests(), L"InitLocale de_de"));
+}
+
+TEST(Localisation, TheSharedBufferIsOverwrittenByTheNextCall) {
+    Localised localised(nullptr);
+    const wchar_t* first = GetLocalString(localised.config(), IDS_FORM_SIZE);
+    const wchar_t* second = GetLocalString(localised.config(), IDS_FORM_WIDTH);
+    EXPECT_EQ(first, second);
+    EXPECT_STREQ(first, L"Form Width");
+}
+
+TEST(Localisation, TranslatesADialogInPlaceWhenBound) {
+    Localised localised(L"ozdkrnlcl.dll");
+    HWND window = CreateWindowW(L"STATIC", L"Layout", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(TranslateDialog(localised.config(), window));
+    wchar_t text[64] = {};
+    GetWindowTextW(window, text, 64);
+    EXPECT_STREQ(text, L"Seitenlayout");
+    DestroyWindow(window);
+}
+
+TEST(Localisation, CreateConfigBindsTheLibraryAndDestroyConfigUnloadsIt) {
+    RegistryValueGuard pattern(HKEY_CURRENT_USER, kPatternsKey, L"CurrentPattern");
+    PlacedFile noInstaller(L"", PeripheralInstallerPath());
+    PlacedFile library(BuildPath(L"tests\\standins\\locale_library\\ozdkrnlcl.dll"), LocaleLibraryPath());
+    MakerFolder maker;  // KSDir, read by CreateConfig itself
+    maker.WriteLocaleTable(kTable);
+    testenv::TestPrinter printer;
+    HostHeap heap;
+    OEMCUIPPARAM param = MakeParam(printer, heap.get());
+    UIConfig* config = nullptr;
+    ASSERT_EQ(CreateConfig(&param, &config), 1);
+    EXPECT_NE(config->hLcl, nullptr);
+    EXPECT_NE(GetModuleHandleW(L"ozdkrnlcl.dll"), nullptr);
+    EXPECT_TRUE(Has(maker.LocaleRequests(), L"Create " + maker.LocaleFolder() + L"|ozdkrnui"));
+
+    TraceLog log;
+    DestroyConfig(config);
+    EXPECT_TRUE(Has(maker.LocaleRequests(), L"Dispose"));
+    EXPECT_EQ(GetModuleHandleW(L"ozdkrnlcl.dll"), nullptr);
+    EXPECT_EQ(log.Lines().at(1).rfind("PostpareLocale(): unloading LocaleDLL=0x", 0), 0u);
+}
