@@ -1,0 +1,13 @@
+// Bringing the embosser's stored settings into the UIConfig before the device-settings
+// tree or the Service page shows them.
+#pragma once
+
+#include "config/ui_config.h"
+
+// Fetches the embosser's settings into the legacy-settings fields of `config`, through
+// the network when the printer's port is a Standard TCP/IP port (a silent device then
+// gives false: the spooler-side path is not tried), else through the spooler-side
+// component and the printer data it stores. True when the settings are known:
+// LegacyParmCount above 0 and, on the spooler-side path, at least one stored value read.
+// Uses config.PrinterHandle; blocks the calling thread while the device answers.
+bool GetQuorlSettings(UIConfig& config);

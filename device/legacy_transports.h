@@ -1,0 +1,61 @@
+// The two ways the embosser's stored settings reach the plug-in, and the binding of the
+// language-monitor extension library.
+//
+// Spooler-side path (any port): GetLegacyData asks the driver's spooler-side component
+// through the printer-data value "LegacyDataAvailable" and waits for its answer; the
+// component leaves the settings as printer data (read by GetQuorlSettings).
+// Network path (Standard TCP/IP ports): GetLegacyDataNetwork sends one HTTP request to
+// the embosser and returns its reply, which carries the "@PJL INFO LEGACY" block.
+//
+// Both block the calling thread: the spooler-side path for up to kLegacyPollCount polls
+// of kLegacyPollIntervalMs, the network path for up to kLegacyReceiveBudget one-second
+// waits of silence in a row. No thread is started.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+#include "config/ui_config.h"
+
+// The request of the network path: 31 bytes, no Host line and no other header.
+inline constexpr char kLegacyInfoRequest[] = "GET /PJLINFOLEGACY HTTP/1.1\r\n\r\n";
+inline constexpr int kLegacyInfoTcpPort = 80;
+
+inline constexpr DWORD kLegacyPollCount = 9;
+inline constexpr DWORD kLegacyPollIntervalMs = 1000;
+inline constexpr int kLegacyReceiveBudget = 10;  // one-second select() waits without data
+inline constexpr long kLegacyReceiveWaitSeconds = 1;
+
+// The language-monitor extension library, relative to the printer-driver directory.
+inline constexpr wchar_t kExtensionLibraryPath[] = L"\\3\\ozdkrnlmex.dll";
+
+// Spooler-side path. Writes "LegacyDataAvailable" = 0 through a fresh full-access handle
+// of the printer and polls the value until the component sets it to the number of
+// parameters it stored. Returns 0 with that number in *count; 0 with *count 0 when the
+// printer cannot be opened again; ERROR_TIMEOUT (1460) after the last poll found 0; or
+// the spooler's error.
+DWORD GetLegacyData(HANDLE printer, DWORD* count);
+
+// True when `portName` (a port list is cut at its last ',') is a Standard TCP/IP port
+// whose IPv4 address could be found from its "HostName" (resolved, or read as dotted
+// text) or its "IPAddress". The address is stored in network byte order: the first
+// octet in the lowest byte.
+bool IsNetworkPort(const wchar_t* portName, uint32_t* address);
+
+// Network path. On entry *length holds the TCP port; on return -1 when the port is not a
+// network port, 0 when it is but nothing came back, else the number of bytes received
+// (at most kLegacyReplyCapacity - 1). Returns the reply, NUL-terminated, or null.
+// The reply lives in one module-wide buffer that the next call overwrites: one caller
+// at a time.
+const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length);
+
+// The named export of the extension library, loaded on first use into
+// config.ExtLibraryHandle (a failed load is tried again at the next call); null when
+// the library or the export is missing.
+FARPROC ExtDllLoadFunction(UIConfig& config, const char* exportName);
+
+// Reads up to `count` unsigned numbers separated by '.' the way the C library reads
+// "%u.%u.%u": each may have leading blanks and a sign; reading stops at the first field
+// that does not fit. Returns how many were read; the others are left alone.
+int ReadDottedNumbers(const char* text, uint32_t* numbers, int count);

@@ -1,0 +1,74 @@
+// Shared pieces of the embosser-link tests: a UIConfig attached to a test printer, a
+// simulator that must start, a clock, and counting trace lines.
+#pragma once
+
+#include <winsock2.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "config/ui_config.h"
+#include "embosser_simulator.h"
+#include "support/wine_environment.h"
+
+namespace devicetest {
+
+// A zero-filled record of the printer, as CreateConfig leaves it before any device read.
+inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) {
+    auto config = std::make_unique<UIConfig>();
+    std::memset(config.get(), 0, sizeof(UIConfig));
+    config->Size = sizeof(UIConfig);
+    config->PrinterHandle = printer.handle();
+    wcsncpy(config->PrinterName, printer.name().c_str(), kTextCapacity - 1);
+    return config;
+}
+
+// A simulator on `address`:80 that is running when the constructor returns.
+class RunningSimulator {
+public:
+    RunningSimulator(const char* address, embosser_sim::Behaviour behaviour, std::string reply = std::string()) {
+        embosser_sim::Options options;
+        options.address = address;
+        options.behaviour = behaviour;
+        options.reply = std::move(reply);
+        Start(options);
+    }
+    explicit RunningSimulator(const embosser_sim::Options& options) { Start(options); }
+
+    embosser_sim::Simulator& operator*() { return *simulator_; }
+    embosser_sim::Simulator* operator->() { return simulator_.get(); }
+
+private:
+    void Start(const embosser_sim::Options& options) {
+        simulator_ = std::make_unique<embosser_sim::Simulator>(options);
+        std::string error;
+        started_ = simulator_->Start(&error);
+        EXPECT_TRUE(started_) << error;
+    }
+
+    std::unique_ptr<embosser_sim::Simulator> simulator_;
+    bool started_ = false;
+};
+
+class Stopwatch {
+public:
+    double Seconds() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+// Trace lines that begin with `prefix`.
+inline int CountLinesStartingWith(const testenv::TraceLog& log, const std::string& prefix) {
+    int count = 0;
+    for (const auto& line : log.Lines()) count += line.compare(0, prefix.size(), prefix) == 0 ? 1 : 0;
+    return count;
+}
+
+}  // namespace devicetest

@@ -1,0 +1,276 @@
+#include "embosser_simulator.h"
+
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+namespace embosser_sim {
+
+namespace {
+
+constexpr char kRequestLine[] = "GET /PJLINFOLEGACY HTTP/1.1";
+constexpr size_t kRequestLimit = 8192;
+constexpr int kRequestWaitMs = 3000;
+constexpr int kPollMs = 20;
+
+bool ParseIpv4(const std::string& dotted, uint32_t* hostOrder) {
+    in_addr address;
+    if (inet_pton(AF_INET, dotted.c_str(), &address) != 1) {
+        return false;
+    }
+    *hostOrder = ntohl(address.s_addr);
+    return true;
+}
+
+}  // namespace
+
+std::string SampleLegacyBlock() {
+    return "@PJL INFO LEGACY [23 ENTRIES]\r\n"
+           "TOPMARGIN=10\r\n"
+           "LEFTMARGIN=5\r\n"
+           "RIGHTMARGIN=5\r\n"
+           "BRAILLEDOTS=6\r\n"
+           "CHARSWIDTH=40\r\n"
+           "LINESLENGTH=25\r\n"
+           "EXTRALINESPACE=0\r\n"
+           "BRAILLETABLE=\"EN_US\"\r\n"
+           "AUTOCR=ON\r\n"
+           "GRAPHICS=OFF\r\n"
+           "SPACING=USLIBCONGRESS\r\n"
+           "MEDIATYPE=PLAIN\r\n"
+           "PAPERLENGTH=7920\r\n"
+           "PAPERWIDTH=6120\r\n"
+           "BRAILLEFORCE=NORMAL\r\n"
+           "QUALITY=STANDARD\r\n"
+           "DUPLEXMODE=SIMPLEX\r\n"
+           "OUTPUTFACE=1\r\n"
+           "FWPRIMARY=1.2.3\r\n"
+           "SERIALNUMBER=\"SIM-000001\"\r\n"
+           "MODEL=\"Quorl Simulator\"\r\n";
+}
+
+std::string HttpReply(const std::string& body) {
+    return "HTTP/1.1 200 OK\r\n"
+           "Content-Type: text/plain\r\n"
+           "Content-Length: " +
+           std::to_string(body.size()) +
+           "\r\n"
+           "Connection: close\r\n"
+           "\r\n" +
+           body;
+}
+
+std::string SampleReply() { return HttpReply(SampleLegacyBlock()); }
+
+std::string PaddedReply(const std::string& reply, size_t bytes) {
+    std::string padded = reply;
+    while (padded.size() < bytes) {
+        padded += "# padding #############################################################\r\n";
+    }
+    padded.resize(bytes);
+    return padded;
+}
+
+bool IsLoopbackAddress(const std::string& dotted) {
+    uint32_t address = 0;
+    return ParseIpv4(dotted, &address) && (address >> 24) == 127;
+}
+
+bool ParseBehaviour(const std::string& name, Behaviour* behaviour) {
+    static const std::pair<const char*, Behaviour> kNames[] = {
+        {"answer", Behaviour::Answer}, {"silent", Behaviour::Silent},  {"trickle", Behaviour::Trickle},
+        {"flood", Behaviour::Flood},   {"hold", Behaviour::HoldOpen}, {"refuse", Behaviour::Refuse},
+    };
+    for (const auto& each : kNames) {
+        if (name == each.first) {
+            *behaviour = each.second;
+            return true;
+        }
+    }
+    return false;
+}
+
+const char* BehaviourName(Behaviour behaviour) {
+    switch (behaviour) {
+        case Behaviour::Answer: return "answer";
+        case Behaviour::Silent: return "silent";
+        case Behaviour::Trickle: return "trickle";
+        case Behaviour::Flood: return "flood";
+        case Behaviour::HoldOpen: return "hold";
+        case Behaviour::Refuse: return "refuse";
+    }
+    return "?";
+}
+
+Simulator::Simulator(Options options) : options_(std::move(options)) {
+    reply_ = options_.reply.empty() ? SampleReply() : options_.reply;
+    if (options_.behaviour == Behaviour::Flood) {
+        reply_ = PaddedReply(reply_, options_.floodBytes);
+    }
+}
+
+Simulator::~Simulator() { Stop(); }
+
+bool Simulator::Start(std::string* error) {
+    auto fail = [&](const std::string& reason) {
+        if (error != nullptr) *error = reason;
+        if (listener_ != simsock::kInvalid) {
+            simsock::Close(listener_);
+            listener_ = simsock::kInvalid;
+        }
+        return false;
+    };
+    if (started_) return fail("already started");
+    uint32_t address = 0;
+    if (!ParseIpv4(options_.address, &address)) return fail("not an IPv4 address: " + options_.address);
+    if ((address >> 24) != 127) return fail("refusing to bind outside 127.0.0.0/8: " + options_.address);
+    if (!socketsStarted_) {
+        if (!simsock::Startup()) return fail("sockets could not be started");
+        socketsStarted_ = true;
+    }
+
+    listener_ = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    if (listener_ == simsock::kInvalid) return fail("socket() failed, error " + std::to_string(simsock::LastError()));
+    simsock::SetReuseAddress(listener_);
+    sockaddr_in local = {};
+    local.sin_family = AF_INET;
+    local.sin_port = htons(options_.port);
+    local.sin_addr.s_addr = htonl(address);
+    if (bind(listener_, reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0) {
+        return fail("bind(" + options_.address + ":" + std::to_string(options_.port) + ") failed, error " +
+                    std::to_string(simsock::LastError()));
+    }
+    // A refusing device keeps its address but never listens: connects are turned away.
+    if (options_.behaviour != Behaviour::Refuse && listen(listener_, 8) != 0) {
+        return fail("listen() failed, error " + std::to_string(simsock::LastError()));
+    }
+    stopping_ = false;
+    started_ = true;
+    if (options_.behaviour != Behaviour::Refuse) {
+        thread_ = std::thread([this] { Serve(); });
+    }
+    return true;
+}
+
+void Simulator::Stop() {
+    stopping_ = true;
+    if (thread_.joinable()) thread_.join();
+    if (listener_ != simsock::kInvalid) {
+        simsock::Close(listener_);
+        listener_ = simsock::kInvalid;
+    }
+    started_ = false;
+    if (socketsStarted_) {
+        simsock::Cleanup();
+        socketsStarted_ = false;
+    }
+}
+
+std::string Simulator::LastRequest() const {
+    std::lock_guard<std::mutex> lock(lastRequestLock_);
+    return lastRequest_;
+}
+
+void Simulator::Serve() {
+    while (!stopping_) {
+        if (simsock::WaitReadable(listener_, kPollMs) != 1) continue;
+        simsock::Socket connection = accept(listener_, nullptr, nullptr);
+        if (connection == simsock::kInvalid) continue;
+        ++connections_;
+        HandleConnection(connection);
+        simsock::Close(connection);
+    }
+}
+
+bool Simulator::Sleep(unsigned milliseconds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    while (!stopping_) {
+        const auto now = std::chrono::steady_clock::now();
+        if (now >= end) return true;
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - now).count();
+        std::this_thread::sleep_for(std::chrono::milliseconds(left < kPollMs ? left : kPollMs));
+    }
+    return false;
+}
+
+bool Simulator::ReadRequest(simsock::Socket connection, std::string* request) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kRequestWaitMs);
+    char chunk[1024];
+    while (!stopping_ && request->size() < kRequestLimit && request->find("\r\n\r\n") == std::string::npos) {
+        if (std::chrono::steady_clock::now() >= deadline) break;
+        const int ready = simsock::WaitReadable(connection, kPollMs);
+        if (ready < 0) break;
+        if (ready == 0) continue;
+        const int received = simsock::Receive(connection, chunk, sizeof(chunk));
+        if (received <= 0) break;
+        request->append(chunk, static_cast<size_t>(received));
+    }
+    return !request->empty();
+}
+
+bool Simulator::SendAll(simsock::Socket connection, const char* data, size_t length) {
+    while (length > 0 && !stopping_) {
+        const int sent = simsock::Send(connection, data, length);
+        if (sent <= 0) return false;
+        data += sent;
+        length -= static_cast<size_t>(sent);
+    }
+    return length == 0;
+}
+
+void Simulator::WaitForPeerToClose(simsock::Socket connection) {
+    char sink[256];
+    while (!stopping_) {
+        const int ready = simsock::WaitReadable(connection, kPollMs);
+        if (ready < 0) return;
+        if (ready == 1 && simsock::Receive(connection, sink, sizeof(sink)) <= 0) return;
+    }
+}
+
+void Simulator::Answer(simsock::Socket connection) {
+    switch (options_.behaviour) {
+        case Behaviour::Silent:
+            WaitForPeerToClose(connection);
+            return;
+        case Behaviour::Trickle: {
+            const size_t chunk = options_.trickleChunk == 0 ? 1 : options_.trickleChunk;
+            for (size_t sent = 0; sent < reply_.size(); sent += chunk) {
+                if (sent > 0 && !Sleep(options_.trickleDelayMs)) return;
+                const size_t length = reply_.size() - sent < chunk ? reply_.size() - sent : chunk;
+                if (!SendAll(connection, reply_.data() + sent, length)) return;
+            }
+            break;
+        }
+        case Behaviour::HoldOpen:
+            SendAll(connection, reply_.data(), reply_.size());
+            ++answered_;
+            WaitForPeerToClose(connection);
+            return;
+        case Behaviour::Answer:
+        case Behaviour::Flood:
+        case Behaviour::Refuse:
+            if (!SendAll(connection, reply_.data(), reply_.size())) return;
+            break;
+    }
+    ++answered_;
+    shutdown(connection, simsock::kShutdownSend);
+}
+
+void Simulator::HandleConnection(simsock::Socket connection) {
+    std::string request;
+    if (!ReadRequest(connection, &request)) return;
+    {
+        std::lock_guard<std::mutex> lock(lastRequestLock_);
+        lastRequest_ = request;
+    }
+    ++requests_;
+    if (request.compare(0, sizeof(kRequestLine) - 1, kRequestLine) != 0) {
+        static const char kNotFound[] = "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+        SendAll(connection, kNotFound, sizeof(kNotFound) - 1);
+        shutdown(connection, simsock::kShutdownSend);
+        return;
+    }
+    Answer(connection);
+}
+
+}  // namespace embosser_sim

@@ -1,0 +1,116 @@
+// embosser_simulator: serves the legacy settings query of a network embosser on a
+// loopback address until interrupted.
+//
+//   embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]
+//                      [--mode answer|silent|trickle|flood|hold|refuse]
+//                      [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]
+//
+// --reply: the file's bytes are sent as they stand when they begin with "HTTP/";
+// otherwise they are the body after an "HTTP/1.1 200 OK" head. Without it a built-in
+// sample reply is sent. One line per request is printed on standard output.
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "embosser_simulator.h"
+
+namespace {
+
+std::atomic<bool> gInterrupted{false};
+
+void OnSignal(int) { gInterrupted = true; }
+
+int Usage() {
+    std::fprintf(stderr,
+                 "usage: embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]\n"
+                 "                          [--mode answer|silent|trickle|flood|hold|refuse]\n"
+                 "                          [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]\n");
+    return 2;
+}
+
+bool ReadFile(const std::string& path, std::string* text) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return false;
+    std::ostringstream content;
+    content << file.rdbuf();
+    *text = content.str();
+    return true;
+}
+
+bool ParseNumber(const char* text, unsigned long max, unsigned long* value) {
+    char* end = nullptr;
+    const unsigned long number = std::strtoul(text, &end, 10);
+    if (end == text || *end != '\0' || number > max) return false;
+    *value = number;
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    embosser_sim::Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        if (i + 1 >= argc) return Usage();
+        const char* value = argv[++i];
+        unsigned long number = 0;
+        if (option == "--address") {
+            options.address = value;
+        } else if (option == "--port" && ParseNumber(value, 65535, &number) && number > 0) {
+            options.port = static_cast<uint16_t>(number);
+        } else if (option == "--reply") {
+            std::string text;
+            if (!ReadFile(value, &text)) {
+                std::fprintf(stderr, "embosser_simulator: cannot read %s\n", value);
+                return 1;
+            }
+            options.reply = text.compare(0, 5, "HTTP/") == 0 ? text : embosser_sim::HttpReply(text);
+        } else if (option == "--mode") {
+            if (!embosser_sim::ParseBehaviour(value, &options.behaviour)) return Usage();
+        } else if (option == "--chunk" && ParseNumber(value, 1u << 20, &number) && number > 0) {
+            options.trickleChunk = number;
+        } else if (option == "--delay-ms" && ParseNumber(value, 600000, &number)) {
+            options.trickleDelayMs = static_cast<unsigned>(number);
+        } else if (option == "--flood-bytes" && ParseNumber(value, 1u << 24, &number)) {
+            options.floodBytes = number;
+        } else {
+            return Usage();
+        }
+    }
+
+    std::signal(SIGINT, OnSignal);
+    std::signal(SIGTERM, OnSignal);
+
+    embosser_sim::Simulator simulator(options);
+    std::string error;
+    if (!simulator.Start(&error)) {
+        std::fprintf(stderr, "embosser_simulator: %s\n", error.c_str());
+        return 1;
+    }
+    std::printf("embosser_simulator: %s on %s:%u\n", embosser_sim::BehaviourName(options.behaviour),
+                options.address.c_str(), static_cast<unsigned>(options.port));
+    std::fflush(stdout);
+
+    int reported = 0;
+    while (!gInterrupted) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        const int requests = simulator.RequestCount();
+        for (; reported < requests; ++reported) {
+            const std::string request = simulator.LastRequest();
+            const std::string firstLine = request.substr(0, request.find("\r\n"));
+            std::printf("request %d: %lu bytes, \"%s\"\n", reported + 1, static_cast<unsigned long>(request.size()),
+                        firstLine.c_str());
+        }
+        std::fflush(stdout);
+    }
+    simulator.Stop();
+    std::printf("embosser_simulator: %d connections, %d requests, %d answered\n", simulator.ConnectionCount(),
+                simulator.RequestCount(), simulator.AnsweredCount());
+    return 0;
+}
