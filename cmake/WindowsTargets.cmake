@@ -31,8 +31,14 @@ target_compile_options(ozdkrnui_impl PRIVATE ${OZDK_WARNINGS})
 target_link_libraries(ozdkrnui_impl PUBLIC ozdk_protocol ${OZDK_SYSTEM_LIBRARIES})
 
 set(OZDK_RESOURCE_FILE ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.rc)
-set_property(SOURCE ${OZDK_RESOURCE_FILE} APPEND PROPERTY OBJECT_DEPENDS
-             ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.manifest ${CMAKE_SOURCE_DIR}/resources/strings.rc)
+# windres reports no dependencies: every folder that compiles the resource script names
+# what it includes (source properties are per folder).
+file(GLOB OZDK_RESOURCE_INPUTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/*)
+list(REMOVE_ITEM OZDK_RESOURCE_INPUTS ${OZDK_RESOURCE_FILE})
+macro(ozdk_track_resource_inputs)
+  set_property(SOURCE ${OZDK_RESOURCE_FILE} APPEND PROPERTY OBJECT_DEPENDS ${OZDK_RESOURCE_INPUTS})
+endmacro()
+ozdk_track_resource_inputs()
 
 add_library(ozdkrnui SHARED
     ${CMAKE_SOURCE_DIR}/frame/dll_entry.cpp
