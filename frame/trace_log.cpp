@@ -15,13 +15,23 @@ namespace {
 
 constexpr size_t kPathCapacity = 4096;
 
-void BuildLogPath(wchar_t (&path)[kPathCapacity]) {
-    wchar_t folder[MAX_PATH] = {};
-    if (SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder))) {
-        FormatWide(path, kPathCapacity, L"%s\\Kestrova\\TavrolinUI.log", folder);
-    } else {
-        FormatWide(path, kPathCapacity, L"C:\\TavrolinUI.log");
+// The log's path: the common application-data folder does not move while the process
+// runs, so it is looked up once. The file itself is still opened for every line.
+struct LogPath {
+    wchar_t text[kPathCapacity] = {};
+    LogPath() {
+        wchar_t folder[MAX_PATH] = {};
+        if (SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder))) {
+            FormatWide(text, kPathCapacity, L"%s\\Kestrova\\TavrolinUI.log", folder);
+        } else {
+            FormatWide(text, kPathCapacity, L"C:\\TavrolinUI.log");
+        }
     }
+};
+
+const wchar_t* TraceLogPath() {
+    static const LogPath path;
+    return path.text;
 }
 
 // Writes one formatted line as 8-bit text in the file's text mode.
@@ -53,9 +63,7 @@ void WriteLine(FILE* file, const wchar_t* format, va_list args) {
 }  // namespace
 
 void Trace(const wchar_t* format, ...) {
-    wchar_t path[kPathCapacity];
-    BuildLogPath(path);
-    FILE* file = _wfopen(path, L"a+");
+    FILE* file = _wfopen(TraceLogPath(), L"a+");
     if (file == nullptr) {
         return;  // no maker folder: logging is off
     }
