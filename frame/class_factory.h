@@ -1,0 +1,36 @@
+// The class factory of the plug-in's one creatable class, and the reference counting
+// both COM objects of the module share.
+#pragma once
+
+#include <windows.h>
+#include <unknwn.h>
+
+// Interlocked increment of a COM reference count; the new count. The factory and the
+// plug-in object count their references the same way.
+inline ULONG IncrementReferenceCount(volatile LONG* count) noexcept {
+    return static_cast<ULONG>(InterlockedIncrement(count));
+}
+
+inline ULONG DecrementReferenceCount(volatile LONG* count) noexcept {
+    return static_cast<ULONG>(InterlockedDecrement(count));
+}
+
+// One factory per DllGetClassObject call; it creates OemUIPlugin objects. Starts with
+// one reference, owned by whoever created it.
+class OemUIClassFactory final : public IClassFactory {
+public:
+    OemUIClassFactory() noexcept = default;
+    OemUIClassFactory(const OemUIClassFactory&) = delete;
+    OemUIClassFactory& operator=(const OemUIClassFactory&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) noexcept override;
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
+    ULONG STDMETHODCALLTYPE Release() noexcept override;
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pUnkOuter, REFIID riid, void** ppv) noexcept override;
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL fLock) noexcept override;
+
+private:
+    ~OemUIClassFactory() = default;
+
+    volatile LONG refCount_ = 1;
+};

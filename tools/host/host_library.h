@@ -1,0 +1,334 @@
+// A stand-in for the printer driver's user-interface host: it loads ozdkrnui.dll the way
+// the driver does, creates the plug-in object, hands it a driver interface, builds the
+// call blocks from a real printer, plays the common property sheet UI's part for the
+// pages the plug-in adds, and shows them in a property sheet.
+//
+// Used by the end-to-end tests, the soak program and the demo (ozdk_host.exe). Not part
+// of the plug-in.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+#include <prsht.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "frame/printer_oem_ui.h"
+
+namespace ozdkhost {
+
+// What the host did and what the plug-in answered, one line per event.
+class HostLog {
+public:
+    void Add(const wchar_t* format, ...);
+    const std::vector<std::wstring>& Lines() const { return lines_; }
+    bool Contains(const std::wstring& fragment) const;
+    std::wstring Text() const;  // the lines joined with "\r\n"
+    // Also print every line to standard output (UTF-8) as it is added.
+    void EchoToStandardOutput(bool echo) { echo_ = echo; }
+
+private:
+    std::vector<std::wstring> lines_;
+    bool echo_ = false;
+};
+
+// --- resources of the process, for soak measurements ---
+struct HeapUsage {
+    SIZE_T busyBytes = 0;
+    SIZE_T busyBlocks = 0;
+};
+// Busy blocks of every heap of the process (HeapWalk).
+HeapUsage MeasureHeapUsage();
+// GetProcessHandleCount of this process; 0 when it cannot be had (Wine answers 0).
+DWORD ProcessHandleCount();
+// The handles of this process counted one by one (GetHandleInformation on every
+// possible handle value), for systems whose GetProcessHandleCount does not count.
+DWORD CountOpenHandles();
+
+// Where the driver keeps the plug-in: the printer-driver directory + "\3\ozdkrnui.dll".
+std::wstring InstalledPluginPath();
+
+// Owns one reference of a COM interface.
+template <typename T>
+class ComRef {
+public:
+    ComRef() = default;
+    explicit ComRef(T* adopted) : pointer_(adopted) {}
+    ~ComRef() { reset(); }
+    ComRef(const ComRef&) = delete;
+    ComRef& operator=(const ComRef&) = delete;
+    ComRef(ComRef&& other) noexcept : pointer_(other.pointer_) { other.pointer_ = nullptr; }
+    ComRef& operator=(ComRef&& other) noexcept {
+        if (this != &other) {
+            reset();
+            pointer_ = other.pointer_;
+            other.pointer_ = nullptr;
+        }
+        return *this;
+    }
+    T* get() const { return pointer_; }
+    T* operator->() const { return pointer_; }
+    explicit operator bool() const { return pointer_ != nullptr; }
+    void** put() {
+        reset();
+        return reinterpret_cast<void**>(&pointer_);
+    }
+    // Releases the reference; the count the object's Release returned (0 when none).
+    ULONG reset() {
+        ULONG count = 0;
+        if (pointer_ != nullptr) {
+            count = pointer_->Release();
+            pointer_ = nullptr;
+        }
+        return count;
+    }
+
+private:
+    T* pointer_ = nullptr;
+};
+
+// The plug-in library as the host loads it: by full path, through its two exports.
+class PluginLibrary {
+public:
+    explicit PluginLibrary(HostLog* log = nullptr) : log_(log) {}
+    ~PluginLibrary();  // unloads when DllCanUnloadNow allows it
+    PluginLibrary(const PluginLibrary&) = delete;
+    PluginLibrary& operator=(const PluginLibrary&) = delete;
+
+    bool Load(const std::wstring& path);
+    bool loaded() const { return module_ != nullptr; }
+    HMODULE module() const { return module_; }
+    const std::wstring& path() const { return path_; }
+
+    HRESULT GetClassObject(REFCLSID clsid, REFIID iid, void** object) const;
+    HRESULT CanUnloadNow() const;
+    // FreeLibrary when DllCanUnloadNow answers S_OK; true when the library was unloaded.
+    bool UnloadIfAllowed();
+
+private:
+    HostLog* log_;
+    std::wstring path_;
+    HMODULE module_ = nullptr;
+    LPFNGETCLASSOBJECT getClassObject_ = nullptr;
+    LPFNCANUNLOADNOW canUnloadNow_ = nullptr;
+};
+
+// The host's own IPrintOemDriverUI, handed to the plug-in through
+// PublishDriverInterface. It has no driver features of its own to offer.
+class HostDriverUI final : public IPrintOemDriverUI {
+public:
+    static HostDriverUI* Create();  // one reference, owned by the caller
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) noexcept override;
+    ULONG STDMETHODCALLTYPE AddRef() noexcept override;
+    ULONG STDMETHODCALLTYPE Release() noexcept override;
+    HRESULT STDMETHODCALLTYPE DrvGetDriverSetting(PVOID pci, PCSTR feature, PVOID output, DWORD size, PDWORD needed,
+                                                  PDWORD optionsReturned) noexcept override;
+    HRESULT STDMETHODCALLTYPE DrvUpgradeRegistrySetting(HANDLE printer, PCSTR feature,
+                                                        PCSTR option) noexcept override;
+    HRESULT STDMETHODCALLTYPE DrvUpdateUISetting(PVOID pci, PVOID optItem, DWORD previousSelection,
+                                                 DWORD mode) noexcept override;
+
+    LONG references() const { return references_; }
+
+private:
+    HostDriverUI() = default;
+    ~HostDriverUI() = default;
+    volatile LONG references_ = 1;
+};
+
+// Creates one plug-in object the way the driver's host does: DllGetClassObject for
+// IClassFactory, CreateInstance for IUnknown, release of the factory, query for
+// IPrintOemUI2. Logs each step.
+HRESULT CreatePluginObject(const PluginLibrary& library, IPrintOemUI2** object, HostLog* log = nullptr);
+
+// One plug-in object held by the host, with its published driver interface.
+class PluginObject {
+public:
+    explicit PluginObject(HostLog* log = nullptr) : log_(log) {}
+    ~PluginObject() { Release(); }
+    PluginObject(const PluginObject&) = delete;
+    PluginObject& operator=(const PluginObject&) = delete;
+
+    // Creates the object and publishes the host's driver interface to it.
+    HRESULT Create(const PluginLibrary& library);
+    IPrintOemUI2* get() const { return object_.get(); }
+    HostDriverUI* driverUI() const { return driverUI_; }
+    // Releases the host's reference; what the plug-in's Release returned.
+    ULONG Release();
+
+private:
+    HostLog* log_;
+    ComRef<IPrintOemUI2> object_;
+    HostDriverUI* driverUI_ = nullptr;
+};
+
+// A printer as the driver's host holds it for one user-interface session: the open
+// handle, a heap of the session, the public device mode and the plug-in's private part.
+// Must outlive the plug-in object that was given its heap and device mode.
+class HostPrinter {
+public:
+    explicit HostPrinter(HostLog* log = nullptr) : log_(log) {}
+    ~HostPrinter();
+    HostPrinter(const HostPrinter&) = delete;
+    HostPrinter& operator=(const HostPrinter&) = delete;
+
+    // Opens the printer (full access when allowed), creates the session heap and fetches
+    // the public device mode (GetPrinterW level 2, else DocumentPropertiesW).
+    bool Open(const std::wstring& name);
+    // Sizes and defaults the plug-in's private part through DevMode(OEMDM_SIZE/DEFAULT).
+    bool PrepareOemPrivatePart(IPrintOemUI2* plugin, HMODULE pluginModule);
+
+    HANDLE handle() const { return handle_; }
+    const std::wstring& name() const { return name_; }
+    HANDLE heap() const { return heap_; }
+    bool fullAccess() const { return fullAccess_; }
+    DEVMODEW* publicDevMode() const {
+        return devMode_.empty() ? nullptr : reinterpret_cast<DEVMODEW*>(const_cast<BYTE*>(devMode_.data()));
+    }
+    void* oemPrivatePart() const { return oemPart_.empty() ? nullptr : const_cast<BYTE*>(oemPart_.data()); }
+    DWORD oemPrivateSize() const { return static_cast<DWORD>(oemPart_.size()); }
+
+private:
+    HostLog* log_;
+    std::wstring name_;
+    HANDLE handle_ = nullptr;
+    HANDLE heap_ = nullptr;
+    bool fullAccess_ = false;
+    std::vector<BYTE> devMode_;
+    std::vector<BYTE> oemPart_;
+};
+
+enum class SheetKind { Document, Printer };
+const wchar_t* SheetKindName(SheetKind kind);
+
+// One call the host made into the plug-in and its answer.
+struct CallRecord {
+    std::wstring call;  // e.g. "DocumentPropertySheets(PROPSHEETUI_REASON_INIT)"
+    HRESULT result = S_OK;
+    DWORD lastError = 0;
+    ULONG_PTR sheetResult = 0;  // PROPSHEETUI_INFO::Result after a property-sheet call
+};
+
+// The option items the plug-in added through CommonUIProp, kept for a page of the host
+// that shows them (the common property sheet UI under Wine cannot).
+struct CollectedItems {
+    OEMCUIPPARAM param = {};  // the building call's block as the plug-in left it
+    POPTITEM items = nullptr;  // param.cOEMOptItems items in the session heap
+    DWORD count = 0;
+    HRESULT sizingResult = E_PENDING;
+    HRESULT buildingResult = E_PENDING;
+};
+
+// A page the host adds to the sheet itself, after the plug-in's pages.
+class HostPage {
+public:
+    virtual ~HostPage() = default;
+    // Creates the page; null when it cannot be made.
+    virtual HPROPSHEETPAGE CreatePage() = 0;
+};
+
+class PropertySheetHost;
+
+// The host's "Plug-in Calls" page: the host log as read-only text.
+std::unique_ptr<HostPage> MakeCallLogPage(const HostLog& log);
+
+// The document or printer property sheet of one printer, with the plug-in's pages.
+class PropertySheetHost {
+public:
+    PropertySheetHost(SheetKind kind, PluginObject& plugin, HMODULE pluginModule, HostPrinter& printer,
+                      HostLog* log = nullptr);
+    ~PropertySheetHost();  // closes the sheet and sends PROPSHEETUI_REASON_DESTROY
+    PropertySheetHost(const PropertySheetHost&) = delete;
+    PropertySheetHost& operator=(const PropertySheetHost&) = delete;
+
+    // The calls the driver's host makes before a sheet is shown: CommonUIProp (sizing
+    // call, then building call), HideStandardUI for documents, then
+    // DocumentPropertySheets / DevicePropertySheets with PROPSHEETUI_REASON_INIT and
+    // PROPSHEETUI_REASON_GET_INFO_HEADER.
+    void Prepare();
+    void AddHostPage(std::unique_ptr<HostPage> page);
+
+    // Shows the sheet without waiting; null when no sheet could be made.
+    HWND ShowModeless();
+    // Shows the sheet and returns when the person closes it; PropertySheetW's result.
+    INT_PTR ShowModal();
+    // Dispatches messages for a while (modeless sheet). False once the sheet is gone.
+    bool PumpMessages(DWORD milliseconds);
+    // PSM_APPLY: every created page gets PSN_APPLY. False when the sheet refused.
+    bool Apply();
+    // Closes the sheet (modeless: cancel and destroy) and sends PROPSHEETUI_REASON_DESTROY.
+    void Close();
+
+    SheetKind kind() const { return kind_; }
+    HWND window() const { return window_; }
+    const std::wstring& title() const { return title_; }
+    const std::vector<HPROPSHEETPAGE>& pluginPages() const { return pluginPages_; }
+    int startPage() const { return startPage_; }
+    const CollectedItems& items() const { return items_; }
+    const std::vector<CallRecord>& calls() const { return calls_; }
+    const CallRecord* FindCall(const std::wstring& call) const;  // the last with this name
+    bool applied() const { return applied_; }
+
+private:
+    static LONG_PTR CALLBACK ComPropSheet(HANDLE sheet, UINT function, LPARAM lParam1, LPARAM lParam2);
+    LONG_PTR OnComPropSheet(UINT function, LPARAM lParam1, LPARAM lParam2);
+    void CollectItems(DWORD mode);
+    void CallPropertySheets(WORD reason, LPARAM lParam, const wchar_t* reasonName);
+    void Record(const std::wstring& call, HRESULT result, DWORD lastError, ULONG_PTR sheetResult = 0);
+    std::vector<HPROPSHEETPAGE> AllPages();
+    void FillHeader(PROPSHEETHEADERW* header, std::vector<HPROPSHEETPAGE>* pages, bool modeless);
+    void SendDestroy();
+
+    SheetKind kind_;
+    PluginObject& plugin_;
+    HMODULE pluginModule_;
+    HostPrinter& printer_;
+    HostLog* log_;
+
+    OEMUIOBJ uiObject_ = {};
+    OEMUIPSPARAM sheetParam_ = {};
+    PROPSHEETUI_INFO info_ = {};
+    PROPSHEETUI_INFO_HEADER header_ = {};
+    CollectedItems items_;
+    std::vector<HPROPSHEETPAGE> pluginPages_;
+    std::vector<std::unique_ptr<HostPage>> hostPages_;
+    std::vector<CallRecord> calls_;
+    std::wstring title_;
+    int startPage_ = 0;
+    bool initialised_ = false;   // PROPSHEETUI_REASON_INIT was sent
+    bool pagesHandedOver_ = false;  // the sheet owns the pages
+    bool applied_ = false;
+    HWND window_ = nullptr;
+};
+
+// --- the whole run of ozdk_host.exe ---
+struct HostOptions {
+    std::wstring dllPath;         // empty: the installed plug-in
+    std::wstring printerName;
+    bool documentSheet = true;
+    bool printerSheet = true;
+    bool apply = false;           // PSM_APPLY before closing
+    bool interactive = false;     // modal sheets for a person
+    bool callLogPage = true;      // add the host's "Plug-in Calls" page
+    DWORD showMilliseconds = 1500;  // how long a modeless sheet stays open
+    std::wstring screenshotPath;  // Unix path of a PNG per sheet; empty: none
+};
+
+// Loads the plug-in, opens the printer, shows the chosen sheets, releases everything in
+// the host's order. 0 when the host itself got through, 1 when it could not (library,
+// object, printer or sheet), whatever the plug-in's calls answered.
+int RunHost(const HostOptions& options, HostLog& log);
+
+// Adds a printer of an installed driver on a port (for the demo's printer). True when it
+// exists afterwards, whether added now or before.
+bool AddPrinterOfDriver(const std::wstring& name, const std::wstring& driver, const std::wstring& port,
+                HostLog* log = nullptr);
+
+// Saves a PNG of the X display the process runs on (xwd | convert, run on the Unix
+// side). True when the file was written.
+bool SaveScreenshot(const std::wstring& unixPath, HostLog* log = nullptr);
+
+}  // namespace ozdkhost

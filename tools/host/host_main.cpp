@@ -1,0 +1,83 @@
+// ozdk_host.exe: shows a printer's document and printer property sheets with the pages
+// of ozdkrnui.dll, the way the printer driver's user-interface host does.
+//
+//   ozdk_host.exe --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]
+//                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]
+//   ozdk_host.exe --add-printer NAME --driver DRIVER --port PORT
+//
+// Without --interactive each sheet is opened without waiting, kept open for --show-ms
+// milliseconds (1500 by default), optionally photographed and applied, and closed; what
+// the host did and what the plug-in answered is printed line by line. With
+// --interactive the sheets are shown one after the other until the person closes them.
+#include <windows.h>
+
+#include <cstdio>
+#include <cwchar>
+#include <string>
+
+#include "tools/host/host_library.h"
+
+namespace {
+
+int Usage() {
+    std::fputs("usage: ozdk_host --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]\n"
+               "                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]\n"
+               "       ozdk_host --add-printer NAME --driver DRIVER --port PORT\n",
+               stderr);
+    return 2;
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+    ozdkhost::HostOptions options;
+    std::wstring addPrinter, driver, port;
+    for (int i = 1; i < argc; ++i) {
+        const std::wstring arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (arg == L"--printer" && hasValue) {
+            options.printerName = argv[++i];
+        } else if (arg == L"--dll" && hasValue) {
+            options.dllPath = argv[++i];
+        } else if (arg == L"--sheet" && hasValue) {
+            const std::wstring which = argv[++i];
+            options.documentSheet = which == L"document" || which == L"both";
+            options.printerSheet = which == L"printer" || which == L"both";
+            if (!options.documentSheet && !options.printerSheet) {
+                return Usage();
+            }
+        } else if (arg == L"--apply") {
+            options.apply = true;
+        } else if (arg == L"--show-ms" && hasValue) {
+            options.showMilliseconds = static_cast<DWORD>(std::wcstoul(argv[++i], nullptr, 10));
+        } else if (arg == L"--screenshot" && hasValue) {
+            options.screenshotPath = argv[++i];
+        } else if (arg == L"--no-call-log") {
+            options.callLogPage = false;
+        } else if (arg == L"--add-printer" && hasValue) {
+            addPrinter = argv[++i];
+        } else if (arg == L"--driver" && hasValue) {
+            driver = argv[++i];
+        } else if (arg == L"--port" && hasValue) {
+            port = argv[++i];
+        } else if (arg == L"--interactive") {
+            options.interactive = true;
+        } else {
+            return Usage();
+        }
+    }
+    ozdkhost::HostLog log;
+    log.EchoToStandardOutput(true);
+    if (!addPrinter.empty()) {
+        if (driver.empty() || port.empty()) {
+            return Usage();
+        }
+        return ozdkhost::AddPrinterOfDriver(addPrinter, driver, port, &log) ? 0 : 1;
+    }
+    if (options.printerName.empty()) {
+        return Usage();
+    }
+    const int status = ozdkhost::RunHost(options, log);
+    std::printf("host: done, exit code %d\n", status);
+    return status;
+}
