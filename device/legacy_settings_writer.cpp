@@ -105,9 +105,15 @@ void UpdateNvRamData(UIConfig& config) {
     if (!DeviceSettingsKnown(config)) {
         return;
     }
+    Trace(L"UpdateNvRamData(): validate\n");
     const NvRamLayoutCheck check = CheckNvRamLayout(config);
-    for (int i = 0; i < check.correctionCount && i < 2; ++i) {
-        SendDefault(config, check.corrections[i]);
+    if (check.correctCharsWidth) {
+        SendDefault(config, check.charsWidth);
+    }
+    Trace(L"UpdateNvRamData(): widthgood=%d, heightgood=%d\n", check.widthGood, check.heightGood);
+    Trace(L"UpdateNvRamData(): widthgood=%d, heightgood=%d\n", config.EmbsrCharsWidth, config.EmbsrPaperWidth);
+    if (check.correctLinesLength) {
+        SendDefault(config, check.linesLength);
     }
     Trace(L"UpdateNvRamData(): updating %s\n", config.PrinterName);
     try {

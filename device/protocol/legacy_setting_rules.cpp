@@ -294,7 +294,6 @@ int32_t Saturate(int64_t value) {
 }  // namespace
 
 NvRamLayoutCheck CheckNvRamLayout(const UIConfig& config) {
-    Trace(W16("UpdateNvRamData(): validate\n"));
     NvRamLayoutCheck check{};
     const bool graphics = config.EmbsrGraphicsMode != 0;
 
@@ -302,8 +301,8 @@ NvRamLayoutCheck CheckNvRamLayout(const UIConfig& config) {
     const int64_t cellWidth = graphics ? 4 : 5;
     const int64_t widthGood = usableWidth - int64_t{config.EmbsrCharsWidth} * cellWidth;
     if (widthGood < 0) {
-        check.corrections[check.correctionCount++] =
-            NumberCommand(W16("CHARSWIDTH"), static_cast<uint32_t>(Saturate(usableWidth / cellWidth)));
+        check.correctCharsWidth = true;
+        check.charsWidth = NumberCommand(W16("CHARSWIDTH"), static_cast<uint32_t>(Saturate(usableWidth / cellWidth)));
     }
 
     const int64_t lineHeight = graphics ? 6 : int64_t{config.EmbsrLineSpacing} + 8;
@@ -311,13 +310,10 @@ NvRamLayoutCheck CheckNvRamLayout(const UIConfig& config) {
     const int64_t heightGood = usableLength - int64_t{config.EmbsrLinesLength} * lineHeight;
     check.widthGood = Saturate(widthGood);
     check.heightGood = Saturate(heightGood);
-    Trace(W16("UpdateNvRamData(): widthgood=%d, heightgood=%d\n"), static_cast<int>(check.widthGood),
-          static_cast<int>(check.heightGood));
-    Trace(W16("UpdateNvRamData(): widthgood=%d, heightgood=%d\n"), static_cast<int>(config.EmbsrCharsWidth),
-          static_cast<int>(config.EmbsrPaperWidth));
 
     if (heightGood < 0 && lineHeight != 0) {
-        check.corrections[check.correctionCount++] =
+        check.correctLinesLength = true;
+        check.linesLength =
             NumberCommand(W16("LINESLENGTH"), static_cast<uint32_t>(Saturate(usableLength / lineHeight)));
     }
     return check;

@@ -31,18 +31,19 @@ struct LegacyItemUpdate {
 // media type and the braille table when they change.
 LegacyItemUpdate ApplyLegacyItem(UIConfig& config, uint32_t userItemId, int32_t selection, const WideChar* text);
 
-// What UpdateNvRamData sends before committing: the characters per line and lines per
-// page that fit the page when the stored ones do not (at most two commands, in order).
-// The corrections are sent only; the fields keep their values.
+// What UpdateNvRamData sends before committing: the characters per line and the lines
+// per page that fit the page when the stored ones do not. The corrections are sent only;
+// the fields keep their values.
 struct NvRamLayoutCheck {
     int32_t widthGood;   // usable width minus the width of the characters, 1/20 inch
     int32_t heightGood;  // length below the top margin minus the height of the lines
-    int correctionCount;
-    PjlDefault corrections[2];
+    bool correctCharsWidth;
+    PjlDefault charsWidth;  // "CHARSWIDTH", sent before the width is traced
+    bool correctLinesLength;
+    PjlDefault linesLength;  // "LINESLENGTH", sent after it
 };
 
-// Checks the stored layout of `config`. Traces "UpdateNvRamData(): validate\n" and both
-// "UpdateNvRamData(): widthgood=%d, heightgood=%d\n" lines. All arithmetic is exact;
-// results saturate at the int32 limits. A line height of 0 (extra space -8 in text mode)
-// fits no line count, so no LINESLENGTH correction is made then.
+// Checks the stored layout of `config`; traces nothing. All arithmetic is exact; results
+// saturate at the int32 limits. A line height of 0 (extra space -8 in text mode) fits no
+// line count, so no LINESLENGTH correction is made then.
 NvRamLayoutCheck CheckNvRamLayout(const UIConfig& config);
