@@ -19,10 +19,12 @@ ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${NATIVE_PACKAGES[
 
 passed=0
 failed=0
-# count_results LOG: adds ctest's totals to the run's.
+# count_results LOG STATUS: adds ctest's totals to the run's. A run without a summary,
+# or one that failed without counting a failed test, counts as one failure. The log is
+# read as text whatever bytes the tests printed.
 count_results() {
     local line total fails
-    line=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1)
+    line=$(grep -a -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$1" | tail -n 1)
     if [ -z "$line" ]; then
         failed=$((failed + 1))
         return
@@ -31,6 +33,9 @@ count_results() {
     total=$(echo "$line" | sed -E 's/.*out of ([0-9]+).*/\1/')
     passed=$((passed + total - fails))
     failed=$((failed + fails))
+    if [ "$2" -ne 0 ] && [ "$fails" -eq 0 ]; then
+        failed=$((failed + 1))
+    fi
 }
 
 echo "== native protocol core (sanitizers, fuzzing)"
@@ -38,11 +43,8 @@ native_log="$BUILD_DIR/native-core.log"
 if [ -z "${OZDK_SKIP_NATIVE:-}" ] && [ -f "$OZDK_ROOT/scripts/run-native-core.sh" ]; then
     bash "$OZDK_ROOT/scripts/run-native-core.sh" 2>&1 | tee "$native_log"
     native_status=${PIPESTATUS[0]}
-    count_results "$native_log"
-    if [ "$native_status" -ne 0 ] && ! grep -qE '[1-9][0-9]* tests? failed out of' "$native_log"; then
-        echo "native core: a step other than the unit tests failed (build or fuzzing)"
-        failed=$((failed + 1))
-    fi
+    [ "$native_status" -ne 0 ] && echo "native core: failed (unit tests, build or fuzzing)"
+    count_results "$native_log" "$native_status"
 fi
 
 echo "== Windows build"
@@ -63,7 +65,7 @@ if ! prepare_test_prefix "$BUILD_DIR/win"; then
 fi
 wine_log="$BUILD_DIR/wine-tests.log"
 (cd "$BUILD_DIR/win" && timeout 1500 ctest --output-on-failure --timeout 180 ${OZDK_CTEST_ARGS:-}) 2>&1 | tee "$wine_log"
-count_results "$wine_log"
+count_results "$wine_log" "${PIPESTATUS[0]}"
 
 echo "$passed passed, $failed failed"
 [ "$failed" -eq 0 ]
