@@ -1,0 +1,83 @@
+// What tests that play the driver's host share: a heap of the host's kind, files of the
+// build folder, and companion libraries copied to where the plug-in looks for them.
+// Header-only, so that any test program can use it.
+#pragma once
+
+#include <windows.h>
+#include <winspool.h>
+
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include "support/wine_environment.h"
+
+namespace testenv {
+
+// A heap of the host's kind (what hOEMHeap is), destroyed with the object.
+class HostHeap {
+public:
+    HostHeap() : heap_(HeapCreate(0, 0, 0)) {}
+    ~HostHeap() { HeapDestroy(heap_); }
+    HostHeap(const HostHeap&) = delete;
+    HostHeap& operator=(const HostHeap&) = delete;
+    HANDLE get() const { return heap_; }
+
+    int BusyBlocks() const {  // blocks handed out and not yet freed
+        int busy = 0;
+        PROCESS_HEAP_ENTRY entry = {};
+        HeapLock(heap_);
+        while (HeapWalk(heap_, &entry)) {
+            busy += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
+        }
+        HeapUnlock(heap_);
+        return busy;
+    }
+
+private:
+    HANDLE heap_;
+};
+
+// The Windows path of a file of the build folder (OZDK_BUILD_DIR), e.g.
+// BuildFilePath(L"tests\\standins\\language_monitor_extension\\ozdkrnlmex.dll").
+inline std::wstring BuildFilePath(const std::wstring& relative) {
+    const char* build = std::getenv("OZDK_BUILD_DIR");
+    std::wstring path = L"Z:" + Widen(build != nullptr ? build : "");
+    for (auto& c : path) {
+        if (c == L'/') c = L'\\';
+    }
+    return path + L"\\" + relative;
+}
+
+inline std::wstring PrinterDriverDirectory() {
+    wchar_t directory[MAX_PATH] = {};
+    DWORD needed = 0;
+    GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(directory), sizeof(directory), &needed);
+    return directory;
+}
+
+// Where the plug-in looks for the language-monitor extension library.
+inline std::wstring ExtensionLibraryPath() { return PrinterDriverDirectory() + L"\\3\\ozdkrnlmex.dll"; }
+
+// A file copied into place for the life of the object (or, with an empty source, a place
+// kept empty); removed afterwards. Whoever loaded a library from it must have freed it
+// by then.
+class PlacedCompanion {
+public:
+    PlacedCompanion(const std::wstring& source, std::wstring destination) : destination_(std::move(destination)) {
+        DeleteFileW(destination_.c_str());
+        if (!source.empty()) {
+            placed_ = CopyFileW(source.c_str(), destination_.c_str(), FALSE) != FALSE;
+        }
+    }
+    ~PlacedCompanion() { DeleteFileW(destination_.c_str()); }
+    PlacedCompanion(const PlacedCompanion&) = delete;
+    PlacedCompanion& operator=(const PlacedCompanion&) = delete;
+    bool placed() const { return placed_; }
+
+private:
+    std::wstring destination_;
+    bool placed_ = false;
+};
+
+}  // namespace testenv
