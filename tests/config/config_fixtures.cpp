@@ -8,17 +8,6 @@
 
 namespace configtest {
 
-int HostHeap::BusyBlocks() const {
-    int busy = 0;
-    PROCESS_HEAP_ENTRY entry = {};
-    HeapLock(heap_);
-    while (HeapWalk(heap_, &entry)) {
-        busy += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
-    }
-    HeapUnlock(heap_);
-    return busy;
-}
-
 OEMCUIPPARAM MakeParam(const testenv::TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode) {
     OEMCUIPPARAM param = {};
     param.cbSize = sizeof(param);
@@ -72,21 +61,7 @@ void RegistryValueGuard::Remove() const {
     }
 }
 
-std::wstring BuildPath(const std::wstring& relative) {
-    const char* build = std::getenv("OZDK_BUILD_DIR");
-    std::wstring path = L"Z:" + testenv::Widen(build != nullptr ? build : "");
-    for (auto& c : path) {
-        if (c == L'/') c = L'\\';
-    }
-    return path + L"\\" + relative;
-}
-
-std::wstring LocaleLibraryPath() {
-    wchar_t directory[MAX_PATH] = {};
-    DWORD needed = 0;
-    GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(directory), sizeof(directory), &needed);
-    return std::wstring(directory) + L"\\3\\ozdkrnlcl.dll";
-}
+std::wstring LocaleLibraryPath() { return testenv::PrinterDriverDirectory() + L"\\3\\ozdkrnlcl.dll"; }
 
 std::wstring PeripheralInstallerPath() {
     wchar_t directory[MAX_PATH] = {};
@@ -94,14 +69,6 @@ std::wstring PeripheralInstallerPath() {
     return std::wstring(directory) + L"\\ozdkrnpi.dll";
 }
 
-PlacedFile::PlacedFile(const std::wstring& source, std::wstring destination) : destination_(std::move(destination)) {
-    DeleteFileW(destination_.c_str());
-    if (!source.empty()) {
-        placed_ = CopyFileW(source.c_str(), destination_.c_str(), FALSE) != FALSE;
-    }
-}
-
-PlacedFile::~PlacedFile() { DeleteFileW(destination_.c_str()); }
 
 MakerFolder::MakerFolder()
     : path_(testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"maker")), ksDir_(HKEY_LOCAL_MACHINE, kMakerKey, L"KSDir") {

@@ -12,6 +12,7 @@
 
 #include "config/ui_config.h"
 #include "frame/printer_oem_ui.h"
+#include "support/host_fixtures.h"
 #include "support/spooler_doubles.h"
 #include "support/wine_environment.h"
 
@@ -21,19 +22,7 @@ inline constexpr const wchar_t* kMakerKey = L"SOFTWARE\\Kestrova";
 inline constexpr const wchar_t* kSetupKey = L"SOFTWARE\\Kestrova\\QuorlSetup";
 inline constexpr const wchar_t* kPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
 
-// A heap of the host's kind (what hOEMHeap is), destroyed with the object.
-class HostHeap {
-public:
-    HostHeap() : heap_(HeapCreate(0, 0, 0)) {}
-    ~HostHeap() { HeapDestroy(heap_); }
-    HostHeap(const HostHeap&) = delete;
-    HostHeap& operator=(const HostHeap&) = delete;
-    HANDLE get() const { return heap_; }
-    int BusyBlocks() const;  // blocks handed out and not yet freed
-
-private:
-    HANDLE heap_;
-};
+using testenv::HostHeap;
 
 // The host's call block for a printer, with this test program as the plug-in's module.
 OEMCUIPPARAM MakeParam(const testenv::TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode = nullptr);
@@ -60,27 +49,12 @@ private:
     std::vector<BYTE> data_;
 };
 
-// The Windows path of a file of the build folder (OZDK_BUILD_DIR), e.g.
-// BuildPath(L"tests\\standins\\locale_library\\ozdkrnlcl.dll").
-std::wstring BuildPath(const std::wstring& relative);
+inline std::wstring BuildPath(const std::wstring& relative) { return testenv::BuildFilePath(relative); }
 // Where the plug-in looks for its companions.
 std::wstring LocaleLibraryPath();       // printer-driver directory + "\\3\\ozdkrnlcl.dll"
 std::wstring PeripheralInstallerPath();  // system directory + "\\ozdkrnpi.dll"
 
-// A file copied into place for the life of the object (or, with an empty source, a place
-// kept empty); removed afterwards.
-class PlacedFile {
-public:
-    PlacedFile(const std::wstring& source, std::wstring destination);
-    ~PlacedFile();
-    PlacedFile(const PlacedFile&) = delete;
-    PlacedFile& operator=(const PlacedFile&) = delete;
-    bool placed() const { return placed_; }
-
-private:
-    std::wstring destination_;
-    bool placed_ = false;
-};
+using PlacedFile = testenv::PlacedCompanion;
 
 // The maker's installation folder ("KSDir") pointed at a fresh folder of the run, with
 // the locale folder of the test driver inside it.
