@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
 # The main job: builds ozdkrnui.dll and the host that loads it like the printer driver's
-# user-interface host, prepares a Wine prefix with a demo printer of the test driver,
-# and opens the printer's printing preferences and properties with the plug-in's pages.
+# user-interface host, starts the embosser simulator on 127.0.0.2:80, prepares a Wine
+# prefix with a demo printer of the test driver whose port is a Standard TCP/IP port of
+# that embosser, and opens the printer's printing preferences and properties with the
+# plug-in's pages. The properties open on the "Device Settings" page, so the plug-in
+# reads the embosser's settings and shows them in its item tree.
 #
 # With a display ($DISPLAY set) the sheets open on it for a person, one after the other.
 # Without one they open on a private Xvfb screen, are photographed
-# ($BUILD_DIR/demo/screenshot.png and screenshot-printer.png) and closed.
+# ($BUILD_DIR/demo/screenshot.png, and screenshot-printer.png for the Device Settings
+# page) and closed.
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
@@ -19,7 +23,7 @@ export BUILD_DIR
 source "$OZDK_ROOT/scripts/lib/packages.sh"
 source "$OZDK_ROOT/scripts/lib/wine-session.sh"
 source "$OZDK_ROOT/scripts/lib/build.sh"
-ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${SCREENSHOT_PACKAGES[@]}" || exit 1
+ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${SCREENSHOT_PACKAGES[@]}" g++ || exit 1
 
 if [ -n "${DISPLAY:-}" ]; then
     export OZDK_USE_DISPLAY=1
@@ -35,25 +39,54 @@ DEMO_DIR="$BUILD_DIR/demo"
 mkdir -p "$DEMO_DIR"
 HOST="$BUILD_DIR/win/tools/host/ozdk_host.exe"
 PRINTER="Tavrolin Demo"
+EMBOSSER_ADDRESS=127.0.0.2
+
+echo "== starting the embosser simulator on $EMBOSSER_ADDRESS:80"
+SIMULATOR=$(bash "$OZDK_ROOT/scripts/build-simulator.sh" | tail -n 1) || {
+    echo "the embosser simulator could not be built"
+    exit 1
+}
+SIMULATOR_LOG="$DEMO_DIR/simulator.log"
+"$SIMULATOR" --address "$EMBOSSER_ADDRESS" --port 80 >"$SIMULATOR_LOG" 2>&1 &
+SIMULATOR_PID=$!
+stop_demo() {
+    if kill -0 "$SIMULATOR_PID" 2>/dev/null; then
+        kill "$SIMULATOR_PID" 2>/dev/null
+        wait "$SIMULATOR_PID" 2>/dev/null
+        echo "embosser simulator: $(tail -n 1 "$SIMULATOR_LOG")"
+    fi
+    [ -n "${WINEPREFIX:-}" ] && wine_session_stop
+}
+trap stop_demo EXIT
+for _ in $(seq 50); do
+    grep -q "^embosser_simulator: answer on" "$SIMULATOR_LOG" 2>/dev/null && break
+    kill -0 "$SIMULATOR_PID" 2>/dev/null || break
+    sleep 0.1
+done
+if ! grep -q "^embosser_simulator: answer on" "$SIMULATOR_LOG"; then
+    echo "the embosser simulator did not start on $EMBOSSER_ADDRESS:80:"
+    cat "$SIMULATOR_LOG"
+    exit 1
+fi
 
 echo "== preparing the Wine prefix"
 # The demo's own prefix, so that a test run in the same build folder is not disturbed.
 wine_session_start "$DEMO_DIR"
-trap wine_session_stop EXIT
 wine_session_keep "$BUILD_DIR/win/tests/session_keeper.exe"
 if ! prepare_test_prefix "$BUILD_DIR/win"; then
     echo "the Wine prefix could not be prepared"
     exit 1
 fi
-"$WINE64" "$HOST" --add-printer "$PRINTER" --driver "Test Embosser" --port "|cat >> $DEMO_DIR/jobs.prn" || exit 1
+"$WINE64" "$HOST" --add-printer "$PRINTER" --driver "Test Embosser" --port "|cat >> $DEMO_DIR/jobs.prn" \
+    --network-host "$EMBOSSER_ADDRESS" || exit 1
 
 echo "== opening the printer's sheets"
 if [ -n "${OZDK_USE_DISPLAY:-}" ]; then
-    "$WINE64" "$HOST" --printer "$PRINTER" --interactive
+    "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --interactive
     status=$?
 else
     rm -f "$DEMO_DIR/screenshot.png" "$DEMO_DIR/screenshot-printer.png"
-    "$WINE64" "$HOST" --printer "$PRINTER" --screenshot "$DEMO_DIR/screenshot.png"
+    "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --screenshot "$DEMO_DIR/screenshot.png"
     status=$?
     for shot in "$DEMO_DIR/screenshot.png" "$DEMO_DIR/screenshot-printer.png"; do
         [ -f "$shot" ] && echo "screenshot: $shot"

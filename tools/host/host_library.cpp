@@ -1,5 +1,8 @@
 #include "tools/host/host_library.h"
 
+#include "tools/host/dialog_template.h"
+#include "tools/host/option_tree_page.h"
+
 #include <winspool.h>
 
 #include <cstdarg>
@@ -417,61 +420,6 @@ bool HostPrinter::PrepareOemPrivatePart(IPrintOemUI2* plugin, HMODULE pluginModu
 
 namespace {
 
-// A dialog template built in memory (DLGTEMPLATE followed by DLGITEMTEMPLATEs).
-class DialogTemplate {
-public:
-    DialogTemplate(const wchar_t* title, short cx, short cy) {
-        AppendDword(DS_SETFONT | DS_3DLOOK | DS_CONTROL | WS_CHILD | WS_TABSTOP);
-        AppendDword(0);
-        countIndex_ = words_.size();
-        words_.push_back(0);
-        words_.push_back(0);
-        words_.push_back(0);
-        words_.push_back(static_cast<WORD>(cx));
-        words_.push_back(static_cast<WORD>(cy));
-        words_.push_back(0);  // no menu
-        words_.push_back(0);  // standard class
-        AppendString(title);
-        words_.push_back(8);
-        AppendString(L"MS Shell Dlg");
-    }
-
-    void AddControl(const wchar_t* className, const wchar_t* text, WORD id, short x, short y, short cx, short cy,
-                    DWORD style) {
-        if (words_.size() % 2 != 0) {
-            words_.push_back(0);  // DWORD alignment
-        }
-        AppendDword(style | WS_CHILD | WS_VISIBLE);
-        AppendDword(0);
-        words_.push_back(static_cast<WORD>(x));
-        words_.push_back(static_cast<WORD>(y));
-        words_.push_back(static_cast<WORD>(cx));
-        words_.push_back(static_cast<WORD>(cy));
-        words_.push_back(id);
-        AppendString(className);
-        AppendString(text);
-        words_.push_back(0);  // no creation data
-        words_[countIndex_] = static_cast<WORD>(words_[countIndex_] + 1);
-    }
-
-    const DLGTEMPLATE* get() const { return reinterpret_cast<const DLGTEMPLATE*>(words_.data()); }
-
-private:
-    void AppendDword(DWORD value) {
-        words_.push_back(LOWORD(value));
-        words_.push_back(HIWORD(value));
-    }
-    void AppendString(const wchar_t* text) {
-        for (; *text != L'\0'; ++text) {
-            words_.push_back(static_cast<WORD>(*text));
-        }
-        words_.push_back(0);
-    }
-
-    std::vector<WORD> words_;
-    size_t countIndex_ = 0;
-};
-
 constexpr WORD kCallLogEditId = 100;
 
 class CallLogPage final : public HostPage {
@@ -682,7 +630,21 @@ void PropertySheetHost::Prepare() {
 }
 
 void PropertySheetHost::AddHostPage(std::unique_ptr<HostPage> page) {
+    if (page != nullptr) {
+        hostPages_.push_back(std::move(page));
+    }
+}
+
+OptionTreePage* PropertySheetHost::AddOptionTreePage() {
+    if (items_.items == nullptr || items_.count == 0) {
+        return nullptr;
+    }
+    // The person may change the settings when the printer opened with full access.
+    auto page = std::make_unique<OptionTreePage>(items_, log_,
+                                                 printer_.fullAccess() ? CPSUIF_UPDATE_PERMISSION : 0);
+    OptionTreePage* added = page.get();
     hostPages_.push_back(std::move(page));
+    return added;
 }
 
 LONG_PTR CALLBACK PropertySheetHost::ComPropSheet(HANDLE sheet, UINT function, LPARAM lParam1, LPARAM lParam2) {
@@ -735,12 +697,37 @@ LONG_PTR PropertySheetHost::OnComPropSheet(UINT function, LPARAM lParam1, LPARAM
     }
 }
 
+// The sheet's pages in order: the host pages that lead, the plug-in's pages, the other
+// host pages. Also settles the start page.
 std::vector<HPROPSHEETPAGE> PropertySheetHost::AllPages() {
-    std::vector<HPROPSHEETPAGE> pages = pluginPages_;
-    for (auto& hostPage : hostPages_) {
-        HPROPSHEETPAGE page = hostPage->CreatePage();
-        if (page != nullptr) {
-            pages.push_back(page);
+    std::vector<HPROPSHEETPAGE> pages;
+    hostPageHandles_.clear();
+    auto addHostPages = [&](bool leading) {
+        for (auto& hostPage : hostPages_) {
+            if (hostPage->LeadsPluginPages() != leading) {
+                continue;
+            }
+            HPROPSHEETPAGE page = hostPage->CreatePage();
+            if (page != nullptr) {
+                hostPageHandles_.emplace_back(hostPage.get(), page);
+                pages.push_back(page);
+            }
+        }
+    };
+    addHostPages(true);
+    const size_t leading = pages.size();
+    pages.insert(pages.end(), pluginPages_.begin(), pluginPages_.end());
+    addHostPages(false);
+
+    startIndex_ = leading < pages.size() ? static_cast<int>(leading) : 0;
+    if (!pluginPages_.empty() && startPage_ >= 0 && static_cast<size_t>(startPage_) < pluginPages_.size()) {
+        startIndex_ = static_cast<int>(leading) + startPage_;
+    }
+    for (size_t i = 0; i < pages.size(); ++i) {
+        for (const auto& entry : hostPageHandles_) {
+            if (startHostPage_ != nullptr && entry.first == startHostPage_ && entry.second == pages[i]) {
+                startIndex_ = static_cast<int>(i);
+            }
         }
     }
     return pages;
@@ -754,7 +741,7 @@ void PropertySheetHost::FillHeader(PROPSHEETHEADERW* header, std::vector<HPROPSH
     header->hInstance = GetModuleHandleW(nullptr);
     header->pszCaption = title_.c_str();
     header->nPages = static_cast<UINT>(pages->size());
-    header->nStartPage = static_cast<UINT>(startPage_ < static_cast<int>(pages->size()) ? startPage_ : 0);
+    header->nStartPage = static_cast<UINT>(startIndex_ < static_cast<int>(pages->size()) ? startIndex_ : 0);
     header->phpage = pages->data();
 }
 
@@ -819,6 +806,22 @@ bool PropertySheetHost::PumpMessages(DWORD milliseconds) {
     return window_ != nullptr;
 }
 
+bool PropertySheetHost::ShowHostPage(const HostPage* page) {
+    if (window_ == nullptr) {
+        return false;
+    }
+    for (const auto& entry : hostPageHandles_) {
+        if (entry.first == page) {
+            const BOOL shown = PropSheet_SetCurSel(window_, entry.second, 0);
+            Log(log_, L"host: PSM_SETCURSEL to a host page of the %s sheet = %d", SheetKindName(kind_), shown);
+            PumpMessages(20);
+            return shown != FALSE;
+        }
+    }
+    Log(log_, L"host: the %s sheet has no such host page", SheetKindName(kind_));
+    return false;
+}
+
 bool PropertySheetHost::Apply() {
     if (window_ == nullptr) {
         return false;
@@ -881,7 +884,37 @@ bool AddPrinterOfDriver(const std::wstring& name, const std::wstring& driver, co
 
 // --- screenshots ---
 
-bool SaveScreenshot(const std::wstring& unixPath, HostLog* log) {
+bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log) {
+    const std::wstring path =
+        L"SYSTEM\\CurrentControlSet\\Control\\Print\\Monitors\\Standard TCP/IP Port\\Ports\\" + port;
+    HKEY key = nullptr;
+    LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
+                                     nullptr);
+    if (status == ERROR_SUCCESS) {
+        const DWORD portNumber = 9100;
+        const DWORD protocol = 1;  // raw
+        status = RegSetValueExW(key, L"HostName", 0, REG_SZ, reinterpret_cast<const BYTE*>(hostName.c_str()),
+                                static_cast<DWORD>((hostName.size() + 1) * sizeof(wchar_t)));
+        if (status == ERROR_SUCCESS) {
+            status = RegSetValueExW(key, L"PortNumber", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&portNumber),
+                                    sizeof(portNumber));
+        }
+        if (status == ERROR_SUCCESS) {
+            status = RegSetValueExW(key, L"Protocol", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&protocol),
+                                    sizeof(protocol));
+        }
+        RegCloseKey(key);
+    }
+    if (status != ERROR_SUCCESS) {
+        Log(log, L"host: port \"%s\" could not be registered as a Standard TCP/IP port, error %ld", port.c_str(),
+            static_cast<long>(status));
+        return false;
+    }
+    Log(log, L"host: port \"%s\" registered as a Standard TCP/IP port of host %s", port.c_str(), hostName.c_str());
+    return true;
+}
+
+bool SaveScreenshot(const std::wstring& unixPath, HostLog* log, HWND window) {
     wchar_t display[256] = {};
     if (GetEnvironmentVariableW(L"DISPLAY", display, 256) == 0) {
         Log(log, L"host: no DISPLAY, no screenshot");
@@ -902,7 +935,18 @@ bool SaveScreenshot(const std::wstring& unixPath, HostLog* log) {
     const std::wstring partial = quoted.substr(0, quoted.size() - 1) + L".partial'";
     std::wstring command = L"/bin/sh -c \"xwd -root -silent -display ";
     command += display;
-    command += L" | convert xwd:- png:" + partial + L" && mv -f " + partial + L" " + quoted + L"\"";
+    command += L" | convert xwd:- ";
+    RECT bounds = {};
+    if (window != nullptr && GetWindowRect(window, &bounds) && bounds.right > bounds.left &&
+        bounds.bottom > bounds.top) {
+        // Without a window manager the sheet's screen rectangle is its place on the root
+        // window.
+        const LONG left = bounds.left > 0 ? bounds.left : 0;
+        const LONG top = bounds.top > 0 ? bounds.top : 0;
+        command += L"-crop " + std::to_wstring(bounds.right - left) + L"x" + std::to_wstring(bounds.bottom - top) +
+                   L"+" + std::to_wstring(left) + L"+" + std::to_wstring(top) + L" +repage ";
+    }
+    command += L"png:" + partial + L" && mv -f " + partial + L" " + quoted + L"\"";
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     PROCESS_INFORMATION process = {};
@@ -948,6 +992,12 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
                HostPrinter& printer, HostLog& log) {
     PropertySheetHost sheet(kind, object, module, printer, &log);
     sheet.Prepare();
+    if (kind == SheetKind::Printer && options.deviceSettingsPage) {
+        OptionTreePage* tree = sheet.AddOptionTreePage();
+        if (tree != nullptr && options.showDeviceSettings) {
+            sheet.StartWithHostPage(tree);
+        }
+    }
     if (options.callLogPage) {
         sheet.AddHostPage(MakeCallLogPage(log));
     }
@@ -960,7 +1010,7 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
     sheet.PumpMessages(options.showMilliseconds);
     if (!options.screenshotPath.empty()) {
         SaveScreenshot(ScreenshotPathFor(options.screenshotPath, kind, options.documentSheet && options.printerSheet),
-                       &log);
+                       &log, sheet.window());
     }
     if (options.apply) {
         sheet.Apply();

@@ -1,7 +1,8 @@
 // A stand-in for the printer driver's user-interface host: it loads ozdkrnui.dll the way
 // the driver does, creates the plug-in object, hands it a driver interface, builds the
 // call blocks from a real printer, plays the common property sheet UI's part for the
-// pages the plug-in adds, and shows them in a property sheet.
+// pages and option items the plug-in adds (option_tree_page.h), and shows them in a
+// property sheet.
 //
 // Used by the end-to-end tests, the soak program and the demo (ozdk_host.exe). Not part
 // of the plug-in.
@@ -13,6 +14,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "frame/printer_oem_ui.h"
@@ -222,15 +224,20 @@ struct CollectedItems {
     HRESULT buildingResult = E_PENDING;
 };
 
-// A page the host adds to the sheet itself, after the plug-in's pages.
+// A page the host adds to the sheet itself, after the plug-in's pages unless it leads
+// them.
 class HostPage {
 public:
     virtual ~HostPage() = default;
     // Creates the page; null when it cannot be made.
     virtual HPROPSHEETPAGE CreatePage() = 0;
+    // True for a page that stands before the plug-in's pages, as the driver's own
+    // "Device Settings" page does.
+    virtual bool LeadsPluginPages() const { return false; }
 };
 
 class PropertySheetHost;
+class OptionTreePage;
 
 // The host's "Plug-in Calls" page: the host log as read-only text.
 std::unique_ptr<HostPage> MakeCallLogPage(const HostLog& log);
@@ -250,6 +257,13 @@ public:
     // PROPSHEETUI_REASON_GET_INFO_HEADER.
     void Prepare();
     void AddHostPage(std::unique_ptr<HostPage> page);
+    // Adds the host's "Device Settings" page with the option items the plug-in added
+    // (printer sheet); null when the plug-in added none. The sheet owns the page.
+    OptionTreePage* AddOptionTreePage();
+    // The page the sheet opens with. Without one: the plug-in's start page, else the
+    // first page after the leading host pages, so that the "Device Settings" page comes
+    // to the front only when asked to.
+    void StartWithHostPage(const HostPage* page) { startHostPage_ = page; }
 
     // Shows the sheet without waiting; null when no sheet could be made.
     HWND ShowModeless();
@@ -257,6 +271,10 @@ public:
     INT_PTR ShowModal();
     // Dispatches messages for a while (modeless sheet). False once the sheet is gone.
     bool PumpMessages(DWORD milliseconds);
+    // PSM_SETCURSEL: brings a host page of the open sheet to the front (the page that
+    // was in front gets PSN_KILLACTIVE, this one PSN_SETACTIVE). False when the sheet or
+    // the page is not there or the change was refused.
+    bool ShowHostPage(const HostPage* page);
     // PSM_APPLY: every created page gets PSN_APPLY. False when the sheet refused.
     bool Apply();
     // Closes the sheet (modeless: cancel and destroy) and sends PROPSHEETUI_REASON_DESTROY.
@@ -295,6 +313,9 @@ private:
     CollectedItems items_;
     std::vector<HPROPSHEETPAGE> pluginPages_;
     std::vector<std::unique_ptr<HostPage>> hostPages_;
+    std::vector<std::pair<const HostPage*, HPROPSHEETPAGE>> hostPageHandles_;  // of the last shown sheet
+    const HostPage* startHostPage_ = nullptr;
+    int startIndex_ = 0;  // of the last shown sheet
     std::vector<CallRecord> calls_;
     std::wstring title_;
     int startPage_ = 0;
@@ -313,6 +334,8 @@ struct HostOptions {
     bool apply = false;           // PSM_APPLY before closing
     bool interactive = false;     // modal sheets for a person
     bool callLogPage = true;      // add the host's "Plug-in Calls" page
+    bool deviceSettingsPage = true;  // add the "Device Settings" page with the plug-in's items
+    bool showDeviceSettings = false;  // open the printer sheet with "Device Settings" in front
     DWORD showMilliseconds = 1500;  // how long a modeless sheet stays open
     std::wstring screenshotPath;  // Unix path of a PNG per sheet; empty: none
 };
@@ -327,8 +350,13 @@ int RunHost(const HostOptions& options, HostLog& log);
 bool AddPrinterOfDriver(const std::wstring& name, const std::wstring& driver, const std::wstring& port,
                 HostLog* log = nullptr);
 
+// Registers `port` as a port of the Standard TCP/IP port monitor that reaches
+// `hostName` (the monitor's "HostName" value, raw printing on 9100), the way the port
+// monitor's own set-up leaves it. True when the values were written.
+bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log = nullptr);
+
 // Saves a PNG of the X display the process runs on (xwd | convert, run on the Unix
-// side). True when the file was written.
-bool SaveScreenshot(const std::wstring& unixPath, HostLog* log = nullptr);
+// side), cut to `window`'s rectangle when one is given. True when the file was written.
+bool SaveScreenshot(const std::wstring& unixPath, HostLog* log = nullptr, HWND window = nullptr);
 
 }  // namespace ozdkhost

@@ -3,12 +3,18 @@
 //
 //   ozdk_host.exe --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]
 //                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]
-//   ozdk_host.exe --add-printer NAME --driver DRIVER --port PORT
+//                 [--show-device-settings] [--no-device-settings]
+//   ozdk_host.exe --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]
 //
 // Without --interactive each sheet is opened without waiting, kept open for --show-ms
 // milliseconds (1500 by default), optionally photographed and applied, and closed; what
 // the host did and what the plug-in answered is printed line by line. With
 // --interactive the sheets are shown one after the other until the person closes them.
+//
+// The printer sheet carries the host's "Device Settings" page with the option items of
+// the plug-in (unless --no-device-settings); --show-device-settings opens the sheet with
+// that page in front, which makes the plug-in read the device's settings at once.
+// --network-host registers the new printer's port as a Standard TCP/IP port of HOST.
 #include <windows.h>
 
 #include <cstdio>
@@ -22,7 +28,8 @@ namespace {
 int Usage() {
     std::fputs("usage: ozdk_host --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]\n"
                "                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]\n"
-               "       ozdk_host --add-printer NAME --driver DRIVER --port PORT\n",
+               "                 [--show-device-settings] [--no-device-settings]\n"
+               "       ozdk_host --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]\n",
                stderr);
     return 2;
 }
@@ -31,7 +38,7 @@ int Usage() {
 
 int wmain(int argc, wchar_t** argv) {
     ozdkhost::HostOptions options;
-    std::wstring addPrinter, driver, port;
+    std::wstring addPrinter, driver, port, networkHost;
     for (int i = 1; i < argc; ++i) {
         const std::wstring arg = argv[i];
         const bool hasValue = i + 1 < argc;
@@ -62,6 +69,12 @@ int wmain(int argc, wchar_t** argv) {
             port = argv[++i];
         } else if (arg == L"--interactive") {
             options.interactive = true;
+        } else if (arg == L"--show-device-settings") {
+            options.showDeviceSettings = true;
+        } else if (arg == L"--no-device-settings") {
+            options.deviceSettingsPage = false;
+        } else if (arg == L"--network-host" && hasValue) {
+            networkHost = argv[++i];
         } else {
             return Usage();
         }
@@ -72,7 +85,10 @@ int wmain(int argc, wchar_t** argv) {
         if (driver.empty() || port.empty()) {
             return Usage();
         }
-        return ozdkhost::AddPrinterOfDriver(addPrinter, driver, port, &log) ? 0 : 1;
+        if (!ozdkhost::AddPrinterOfDriver(addPrinter, driver, port, &log)) {
+            return 1;
+        }
+        return networkHost.empty() || ozdkhost::RegisterStandardTcpIpPort(port, networkHost, &log) ? 0 : 1;
     }
     if (options.printerName.empty()) {
         return Usage();
