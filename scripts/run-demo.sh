@@ -13,16 +13,7 @@
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
-OZDK_ROOT=$(cd "$(dirname "$0")/.." && pwd)
-export OZDK_ROOT
-BUILD_DIR=${BUILD_DIR:-$OZDK_ROOT/build}
-mkdir -p "$BUILD_DIR"
-BUILD_DIR=$(cd "$BUILD_DIR" && pwd)
-export BUILD_DIR
-
-source "$OZDK_ROOT/scripts/lib/packages.sh"
-source "$OZDK_ROOT/scripts/lib/wine-session.sh"
-source "$OZDK_ROOT/scripts/lib/build.sh"
+source "$(dirname "$0")/lib/common.sh"
 ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${SCREENSHOT_PACKAGES[@]}" g++ || exit 1
 
 if [ -n "${DISPLAY:-}" ]; then

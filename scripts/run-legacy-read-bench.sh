@@ -5,14 +5,7 @@
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
-OZDK_ROOT=$(cd "$(dirname "$0")/.." && pwd)
-export OZDK_ROOT
-BUILD_DIR=${BUILD_DIR:-$OZDK_ROOT/build}
-mkdir -p "$BUILD_DIR"
-BUILD_DIR=$(cd "$BUILD_DIR" && pwd)
-
-source "$OZDK_ROOT/scripts/lib/wine-session.sh"
-source "$OZDK_ROOT/scripts/lib/build.sh"
+source "$(dirname "$0")/lib/common.sh"
 
 win="$BUILD_DIR/win"
 cmake -S "$OZDK_ROOT" -B "$win" -G Ninja \

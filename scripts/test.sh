@@ -5,16 +5,7 @@
 # Environment: BUILD_DIR (default ./build); OZDK_SKIP_NATIVE=1 skips the native part;
 # OZDK_CTEST_ARGS passes arguments to the Wine run's ctest (for example "-R Trace").
 set -uo pipefail
-OZDK_ROOT=$(cd "$(dirname "$0")/.." && pwd)
-export OZDK_ROOT
-BUILD_DIR=${BUILD_DIR:-$OZDK_ROOT/build}
-mkdir -p "$BUILD_DIR"
-BUILD_DIR=$(cd "$BUILD_DIR" && pwd)
-export BUILD_DIR
-
-source "$OZDK_ROOT/scripts/lib/packages.sh"
-source "$OZDK_ROOT/scripts/lib/wine-session.sh"
-source "$OZDK_ROOT/scripts/lib/build.sh"
+source "$(dirname "$0")/lib/common.sh"
 ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${NATIVE_PACKAGES[@]}" || exit 1
 
 passed=0
