@@ -1,10 +1,13 @@
-// What the configuration tests share: a host heap and call block, registry values that
-// are put back as they were, the companion stand-in libraries copied to where the
-// plug-in looks for them, and a spooler that records and can withhold a few answers.
+// What the configuration tests share: the host's call block, registry values of a test,
+// the companion stand-in libraries' places, the maker's folder, and a spooler that
+// records reads and can withhold a few answers.
 #pragma once
 
 #include <windows.h>
+#include <winspool.h>
 
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
@@ -23,86 +26,150 @@ inline constexpr const wchar_t* kSetupKey = L"SOFTWARE\\Kestrova\\QuorlSetup";
 inline constexpr const wchar_t* kPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
 
 using testenv::HostHeap;
+using PlacedFile = testenv::PlacedCompanion;
+
+inline std::wstring BuildPath(const std::wstring& relative) { return testenv::BuildFilePath(relative); }
+inline std::wstring LocaleLibraryPath() { return testenv::PrinterDriverDirectory() + L"\\3\\ozdkrnlcl.dll"; }
+inline std::wstring PeripheralInstallerPath() {
+    wchar_t directory[MAX_PATH] = {};
+    GetSystemDirectoryW(directory, MAX_PATH);
+    return std::wstring(directory) + L"\\ozdkrnpi.dll";
+}
 
 // The host's call block for a printer, with this test program as the plug-in's module.
-OEMCUIPPARAM MakeParam(const testenv::TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode = nullptr);
+inline OEMCUIPPARAM MakeParam(const testenv::TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode = nullptr) {
+    OEMCUIPPARAM param = {};
+    param.cbSize = sizeof(param);
+    param.hPrinter = printer.handle();
+    param.pPrinterName = const_cast<wchar_t*>(printer.name().c_str());
+    param.hModule = GetModuleHandleW(nullptr);
+    param.hOEMHeap = heap;
+    param.pPublicDM = publicDevMode;
+    return param;
+}
 
-// One registry value, restored (or removed again) when the object goes.
-class RegistryValueGuard {
+// Stores a printer-data value as a test's precondition; `key` null: top-level data.
+inline void StoreValue(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const void* data,
+                       DWORD size) {
+    BYTE* bytes = static_cast<BYTE*>(const_cast<void*>(data));
+    if (key != nullptr) {
+        SetPrinterDataExW(printer, key, name, type, bytes, size);
+    } else {
+        SetPrinterDataW(printer, const_cast<wchar_t*>(name), type, bytes, size);
+    }
+}
+inline void StoreConfigDword(HANDLE printer, const wchar_t* name, DWORD value) {
+    StoreValue(printer, L"Config", name, REG_DWORD, &value, sizeof(value));
+}
+
+// One registry value a test sets; removed when the object goes (the throwaway prefix of
+// the run holds none of the maker's values).
+class RegistryValue {
 public:
-    RegistryValueGuard(HKEY root, std::wstring path, std::wstring name);
-    ~RegistryValueGuard();
-    RegistryValueGuard(const RegistryValueGuard&) = delete;
-    RegistryValueGuard& operator=(const RegistryValueGuard&) = delete;
+    RegistryValue(HKEY root, std::wstring path, const wchar_t* name) : root_(root), path_(std::move(path)), name_(name) {
+        Remove();
+    }
+    ~RegistryValue() { Remove(); }
+    RegistryValue(const RegistryValue&) = delete;
+    RegistryValue& operator=(const RegistryValue&) = delete;
 
-    void SetString(const std::wstring& value) const;
-    void SetBytes(DWORD type, const void* data, DWORD size) const;
-    void Remove() const;
+    void SetString(const std::wstring& value) const { testenv::WriteRegString(root_, path_, name_, value); }
+    void SetBytes(DWORD type, const void* data, DWORD size) const {
+        testenv::WriteRegBytes(root_, path_, name_, type, data, size);
+    }
+    void Remove() const {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(root_, path_.c_str(), 0, KEY_SET_VALUE, &key) == ERROR_SUCCESS) {
+            RegDeleteValueW(key, name_);
+            RegCloseKey(key);
+        }
+    }
 
 private:
     HKEY root_;
     std::wstring path_;
-    std::wstring name_;
-    bool keyExisted_ = false;
-    bool valueExisted_ = false;
-    DWORD type_ = REG_NONE;
-    std::vector<BYTE> data_;
+    const wchar_t* name_;
 };
-
-inline std::wstring BuildPath(const std::wstring& relative) { return testenv::BuildFilePath(relative); }
-// Where the plug-in looks for its companions.
-std::wstring LocaleLibraryPath();       // printer-driver directory + "\\3\\ozdkrnlcl.dll"
-std::wstring PeripheralInstallerPath();  // system directory + "\\ozdkrnpi.dll"
-
-using PlacedFile = testenv::PlacedCompanion;
 
 // The maker's installation folder ("KSDir") pointed at a fresh folder of the run, with
 // the locale folder of the test driver inside it.
 class MakerFolder {
 public:
-    MakerFolder();
+    MakerFolder() {
+        for (const wchar_t* folder : {L"", L"\\Quorl", L"\\Quorl\\Test Embosser", L"\\Quorl\\Test Embosser\\Locale"}) {
+            CreateDirectoryW((path_ + folder).c_str(), nullptr);
+        }
+        ksDir_.SetString(path_);
+    }
     const std::wstring& path() const { return path_; }
-    std::wstring LocaleFolder() const;  // <KSDir>\Quorl\Test Embosser\Locale
+    std::wstring LocaleFolder() const { return path_ + L"\\Quorl\\Test Embosser\\Locale"; }
+
     // Writes the locale stand-in's table (UTF-16 with byte-order mark).
-    void WriteLocaleTable(const std::wstring& text) const;
-    // What the locale stand-in was asked, one entry per call.
-    std::vector<std::wstring> LocaleRequests() const;
+    void WriteLocaleTable(const std::wstring& text) const {
+        std::ofstream file((LocaleFolder() + L"\\locale.ini").c_str(), std::ios::binary);
+        const std::wstring marked = L"\xFEFF" + text;
+        file.write(reinterpret_cast<const char*>(marked.data()), static_cast<std::streamsize>(marked.size() * 2));
+    }
+
+    // True when the locale stand-in logged exactly `request` (ASCII) as one of its calls.
+    bool WasAsked(const std::wstring& request) const {
+        std::ifstream file((LocaleFolder() + L"\\requests.log").c_str(), std::ios::binary);
+        const std::string log((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        return ("\n" + log).find("\n" + testenv::Narrow(request) + "\n") != std::string::npos;
+    }
 
 private:
-    std::wstring path_;
-    RegistryValueGuard ksDir_;
+    std::wstring path_ = testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"maker");
+    RegistryValue ksDir_{HKEY_LOCAL_MACHINE, kMakerKey, L"KSDir"};
 };
 
 // Records the printer-data reads besides the writes, and on request withholds the
 // printer's device mode or its paper names, or reports other form sizes.
 class ConfigSpooler : public testenv::RecordingSpooler {
 public:
-    struct Read {
-        std::wstring key;  // empty for top-level printer data
-        std::wstring name;
-    };
-    std::vector<Read> reads;
+    std::vector<std::wstring> reads;          // value names
     bool withholdDevMode = false;
-    bool answerPaperNames = false;
-    int paperNamesAnswer = 0;
+    int paperNamesAnswer = -2;                // other than -2: the answer to DC_PAPERNAMES
     std::map<std::wstring, SIZEL> formSizes;  // form name -> size reported instead
 
-    BOOL GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override;
+    BOOL GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
+        const BOOL result = Spooler::GetPrinterW(printer, level, buffer, size, needed);
+        if (result && withholdDevMode && level == 2 && buffer != nullptr) {
+            reinterpret_cast<PRINTER_INFO_2W*>(buffer)->pDevMode = nullptr;
+        }
+        return result;
+    }
     DWORD GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
-                          DWORD* needed) override;
+                          DWORD* needed) override {
+        reads.push_back(name);
+        return Spooler::GetPrinterDataW(printer, name, type, data, size, needed);
+    }
     DWORD GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
-                            DWORD size, DWORD* needed) override;
+                            DWORD size, DWORD* needed) override {
+        reads.push_back(name);
+        return Spooler::GetPrinterDataExW(printer, key, name, type, data, size, needed);
+    }
     BOOL GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size,
-                  DWORD* needed) override;
+                  DWORD* needed) override {  // the plug-in asks for level 2
+        const BOOL result = Spooler::GetFormW(printer, form, level, buffer, size, needed);
+        const auto replaced = formSizes.find(form != nullptr ? form : L"");
+        if (result && buffer != nullptr && level == 2 && replaced != formSizes.end()) {
+            reinterpret_cast<FORM_INFO_2W*>(buffer)->Size = replaced->second;
+        }
+        return result;
+    }
     int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
-                            const DEVMODEW* devmode) override;
+                            const DEVMODEW* devmode) override {
+        if (paperNamesAnswer != -2 && capability == DC_PAPERNAMES) return paperNamesAnswer;
+        return Spooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
+    }
 
-    const testenv::RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const;
+    const testenv::RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const {
+        for (const auto& write : writes) {
+            if (write.key == (key != nullptr ? key : L"") && write.name == name) return &write;
+        }
+        return nullptr;
+    }
 };
-
-// A printer-data value as stored, and writing one as a test's precondition.
-void StoreConfigValue(HANDLE printer, const wchar_t* name, DWORD type, const void* data, DWORD size);
-void StoreConfigDword(HANDLE printer, const wchar_t* name, DWORD value);
-void StoreTopLevelValue(HANDLE printer, const wchar_t* name, DWORD type, const void* data, DWORD size);
 
 }  // namespace configtest

@@ -6,62 +6,41 @@
 
 #include "config/printer_data.h"
 #include "config/registry.h"
-#include "support/spooler_doubles.h"
-#include "support/wine_environment.h"
+#include "config_fixtures.h"
 
+using configtest::StoreValue;
 using testenv::ReadPrinterData;
 using testenv::RecordingSpooler;
 using testenv::SpoolerSwap;
 using testenv::TestPrinter;
 using testenv::TraceLog;
 
-namespace {
-
-enum class Stored { Nothing, Dword, ShortDword, Text, Binary8 };
-
-void Store(HANDLE printer, const wchar_t* key, const wchar_t* name, Stored what, DWORD value) {
+TEST(PrinterDataReaders, IntegersFallBackToTheirDefaultAndWriteItBack) {
+    const DWORD number = 258;
     const wchar_t text[] = L"12";
     const BYTE eight[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    auto put = [&](DWORD type, const void* data, DWORD size) {
-        if (key != nullptr) {
-            SetPrinterDataExW(printer, key, name, type, (BYTE*)data, size);
-        } else {
-            SetPrinterDataW(printer, const_cast<wchar_t*>(name), type, (BYTE*)data, size);
-        }
-    };
-    switch (what) {
-    case Stored::Nothing: break;
-    case Stored::Dword: put(REG_DWORD, &value, 4); break;
-    case Stored::ShortDword: put(REG_DWORD, &value, 2); break;
-    case Stored::Text: put(REG_SZ, text, sizeof(text)); break;
-    case Stored::Binary8: put(REG_BINARY, eight, 8); break;
-    }
-}
-
-}  // namespace
-
-TEST(PrinterDataReaders, IntegersFallBackToTheirDefaultAndWriteItBack) {
     struct Case {
-        Stored stored;
+        DWORD type;  // REG_NONE: nothing stored
+        const void* data;
+        DWORD size;
         uint32_t expected;
-        bool rewritten;
     } const cases[] = {
-        {Stored::Nothing, 256, true},    {Stored::Dword, 258, false}, {Stored::ShortDword, 256, true},
-        {Stored::Text, 256, true},       {Stored::Binary8, 256, true},
+        {REG_NONE, nullptr, 0, 256}, {REG_DWORD, &number, 4, 258},  {REG_DWORD, &number, 2, 256},
+        {REG_SZ, text, sizeof(text), 256}, {REG_BINARY, eight, 8, 256},
     };
     for (bool topLevel : {false, true}) {
         for (const auto& c : cases) {
+            SCOPED_TRACE(testing::Message() << "top level " << topLevel << ", type " << c.type << ", size " << c.size);
             TestPrinter printer;
             const wchar_t* key = topLevel ? nullptr : L"Config";
-            Store(printer.handle(), key, L"MediaType", c.stored, 258);
+            if (c.data != nullptr) StoreValue(printer.handle(), key, L"MediaType", c.type, c.data, c.size);
             uint32_t value = 0xDEADBEEF;
             if (topLevel) {
-                const DWORD status = GetPrinterDataInteger2(printer.handle(), L"MediaType", &value, 256);
-                EXPECT_EQ(status, 0u) << "a read or a successful write-back both report 0";
+                EXPECT_EQ(GetPrinterDataInteger2(printer.handle(), L"MediaType", &value, 256), 0u)
+                    << "a read or a successful write-back both report 0";
             } else {
                 GetPrinterDataInteger(printer.handle(), L"MediaType", &value, 256);
             }
-            SCOPED_TRACE(testing::Message() << "top level " << topLevel << ", case " << int(c.stored));
             EXPECT_EQ(value, c.expected);
             const auto stored = ReadPrinterData(printer.handle(), key, L"MediaType");
             EXPECT_EQ(stored.type, DWORD(REG_DWORD));
@@ -71,42 +50,26 @@ TEST(PrinterDataReaders, IntegersFallBackToTheirDefaultAndWriteItBack) {
     }
 }
 
-TEST(PrinterDataReaders, IntegerReadOfTopLevelDataIsTraced) {
-    TestPrinter printer;
-    TraceLog log;
-    Store(printer.handle(), nullptr, L"EmbsrTopMargin", Stored::Dword, 10);
-    uint32_t value = 0;
-    GetPrinterDataInteger2(printer.handle(), L"EmbsrTopMargin", &value, 5);
-    GetPrinterDataInteger2(printer.handle(), L"EmbsrLeftMargin", &value, 5);
-    EXPECT_TRUE(log.Contains("GetPrinterDataInteger2(): 0=GetPrinterData(), EmbsrTopMargin=10"));
-    EXPECT_TRUE(log.Contains("GetPrinterDataInteger2(): 2=GetPrinterData(), EmbsrLeftMargin=10"))
-        << "the destination as read, before the default";
-    EXPECT_TRUE(log.Contains("SetPrinterDataInteger2(): 0=SetPrinterData(), EmbsrLeftMargin=5"));
-}
-
 TEST(PrinterDataReaders, StringsAreCutTerminatedAndNeverOverrun) {
     const std::wstring longText(400, L'q');
     struct Case {
-        const wchar_t* description;
+        const char* description;
         const void* data;  // null: nothing stored
         DWORD size;
         DWORD type;
         std::wstring expected;
         bool defaulted;
     } const cases[] = {
-        {L"absent", nullptr, 0, REG_SZ, L"C:\\Default.dat", true},
-        {L"without terminator", L"Plain", 10, REG_SZ, L"Plain", false},
-        {L"with terminator", L"Plain", 12, REG_SZ, L"Plain", false},
-        {L"longer than the buffer", longText.c_str(), 800, REG_SZ, std::wstring(259, L'q'), false},
-        {L"exactly the buffer", longText.c_str(), 520, REG_SZ, std::wstring(259, L'q'), false},
-        {L"not a string", L"\x0102\x0304", 4, REG_DWORD, L"C:\\Default.dat", true},
+        {"absent", nullptr, 0, REG_SZ, L"C:\\Default.dat", true},
+        {"without terminator", L"Plain", 10, REG_SZ, L"Plain", false},
+        {"longer than the buffer", longText.c_str(), 800, REG_SZ, std::wstring(259, L'q'), false},
+        {"exactly the buffer", longText.c_str(), 520, REG_SZ, std::wstring(259, L'q'), false},
+        {"not a string", L"\x0102\x0304", 4, REG_DWORD, L"C:\\Default.dat", true},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testenv::Narrow(c.description));
+        SCOPED_TRACE(c.description);
         TestPrinter printer;
-        if (c.data != nullptr) {
-            SetPrinterDataExW(printer.handle(), L"Config", L"CustomPatternFileName", c.type, (BYTE*)c.data, c.size);
-        }
+        if (c.data != nullptr) StoreValue(printer.handle(), L"Config", L"CustomPatternFileName", c.type, c.data, c.size);
         RecordingSpooler spooler;
         SpoolerSwap swap(&spooler);
         wchar_t buffer[300];
@@ -138,51 +101,47 @@ TEST(PrinterDataWriters, StringIsStoredWithoutTerminatorAndReadsBackWhole) {
     EXPECT_STREQ(buffer, L"Heavy Card");
 }
 
+// A write the spooler refuses on the host's handle is repeated once through a new
+// full-access handle, and each attempt leaves its trace line (status 5, then 0).
 TEST(PrinterDataWriters, EveryWriterRetriesOnceThroughAFullAccessReopen) {
-    const PaperDimensions a4 = {210000, 297000};
     struct Case {
-        const char* writer;
-        DWORD (*write)(HANDLE, const PaperDimensions&);
-        const wchar_t* key;
+        DWORD (*write)(HANDLE);
+        const wchar_t* key;  // null: top-level data
         const wchar_t* name;
+        std::string tracePrefix, traceSuffix;  // around the status; empty: no trace line
     } const cases[] = {
-        {"SetPrinterDataInteger", [](HANDLE h, const PaperDimensions&) { return SetPrinterDataInteger(h, L"MediaType", 258); },
-         L"Config", L"MediaType"},
-        {"SetPrinterDataInteger2", [](HANDLE h, const PaperDimensions&) { return SetPrinterDataInteger2(h, L"EmbsrQuality", 2); },
-         L"", L"EmbsrQuality"},
-        {"SetPrinterDataString", [](HANDLE h, const PaperDimensions&) { return SetPrinterDataString(h, L"CustomMediaType", L"Card", 4); },
-         L"Config", L"CustomMediaType"},
-        {"paper size", [](HANDLE h, const PaperDimensions& s) { return SetPrinterDataPaperSize(h, L"ignored", &s, 3); },
-         L"Config", L"PaperSize"},
+        {[](HANDLE h) { return SetPrinterDataInteger(h, L"MediaType", 258); }, L"Config", L"MediaType",
+         "SetPrinterDataInteger(): ", "=SetPrinterDataEx(), MediaType=258"},
+        {[](HANDLE h) { return SetPrinterDataInteger2(h, L"EmbsrQuality", 2); }, nullptr, L"EmbsrQuality",
+         "SetPrinterDataInteger2(): ", "=SetPrinterData(), EmbsrQuality=2"},
+        {[](HANDLE h) { return SetPrinterDataString(h, L"CustomMediaType", L"Card", 4); }, L"Config",
+         L"CustomMediaType", "SetPrinterDataString(): ", "=SetPrinterDataEx(), CustomMediaType=Card"},
+        {[](HANDLE h) {
+             const PaperDimensions a4 = {210000, 297000};
+             return SetPrinterDataPaperSize(h, L"ignored", &a4, 3);
+         },
+         L"Config", L"PaperSize", "", ""},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.writer);
+        SCOPED_TRACE(testenv::Narrow(c.name));
         TestPrinter printer;
+        TraceLog log;
         RecordingSpooler spooler;
         spooler.refuseWritesThrough = printer.handle();
         SpoolerSwap swap(&spooler);
-        EXPECT_EQ(c.write(printer.handle(), a4), 0u);
+        EXPECT_EQ(c.write(printer.handle()), 0u);
         ASSERT_EQ(spooler.writes.size(), 2u);
         EXPECT_EQ(spooler.writes[0].printer, printer.handle());
         EXPECT_EQ(spooler.writes[0].status, DWORD(ERROR_ACCESS_DENIED));
         EXPECT_NE(spooler.writes[1].printer, printer.handle()) << "the retry goes through a new handle";
         EXPECT_EQ(spooler.writes[1].status, 0u);
-        EXPECT_EQ(spooler.writes[1].key, c.key);
+        EXPECT_EQ(spooler.writes[1].key, c.key != nullptr ? c.key : L"");
         EXPECT_EQ(spooler.writes[1].name, c.name);
         EXPECT_EQ(spooler.writes[0].data, spooler.writes[1].data) << "the identical write is repeated";
+        EXPECT_EQ(ReadPrinterData(printer.handle(), c.key, c.name).status, 0u);
+        const std::vector<std::string> traced = {c.tracePrefix + "5" + c.traceSuffix, c.tracePrefix + "0" + c.traceSuffix};
+        EXPECT_EQ(log.Lines(), c.tracePrefix.empty() ? std::vector<std::string>{} : traced);
     }
-}
-
-TEST(PrinterDataWriters, RetryThroughTheReopenShowsTwoTraceLines) {
-    TestPrinter printer;
-    TraceLog log;
-    RecordingSpooler spooler;
-    spooler.refuseWritesThrough = printer.handle();
-    SpoolerSwap swap(&spooler);
-    EXPECT_EQ(SetPrinterDataInteger(printer.handle(), L"MediaType", 258), 0u);
-    EXPECT_EQ(log.Lines(), (std::vector<std::string>{"SetPrinterDataInteger(): 5=SetPrinterDataEx(), MediaType=258",
-                                                     "SetPrinterDataInteger(): 0=SetPrinterDataEx(), MediaType=258"}));
-    EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"MediaType").AsDword(), 258u);
 }
 
 TEST(PrinterDataWriters, WriteRefusedForRealIsTriedTwiceAndReportsTheFailure) {
@@ -196,34 +155,18 @@ TEST(PrinterDataWriters, WriteRefusedForRealIsTriedTwiceAndReportsTheFailure) {
 }
 
 namespace {
-// A printer that cannot be opened again (its key denied to this user): Wine's spooler
-// keeps printers it has opened cached, so the refusal is produced here.
-class NoReopenSpooler : public RecordingSpooler {
+// Wine's spooler keeps printers it has opened cached and cannot delete printer data: this
+// one refuses to open a printer again on request, and records a deletion instead.
+class ReopenSpooler : public RecordingSpooler {
 public:
-    BOOL OpenPrinterW(const wchar_t*, HANDLE*, PRINTER_DEFAULTSW*) override {
+    bool refuseOpen = false;
+    HANDLE deletedThrough = nullptr;
+    std::wstring deletedKey, deletedName;
+    BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) override {
+        if (!refuseOpen) return RecordingSpooler::OpenPrinterW(name, printer, defaults);
         SetLastError(ERROR_INVALID_PRINTER_NAME);
         return FALSE;
     }
-};
-}  // namespace
-
-TEST(PrinterDataWriters, FailedReopenReportsTheFirstStatus) {
-    TestPrinter printer;
-    TraceLog log;
-    NoReopenSpooler spooler;
-    spooler.refuseWritesThrough = printer.handle();
-    SpoolerSwap swap(&spooler);
-    EXPECT_EQ(SetPrinterDataInteger2(printer.handle(), L"EmbsrQuality", 2), DWORD(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(spooler.writes.size(), 1u) << "no second write without a second handle";
-    EXPECT_EQ(log.Lines(), (std::vector<std::string>{"SetPrinterDataInteger2(): 5=SetPrinterData(), EmbsrQuality=2"}));
-}
-
-namespace {
-// Wine's spooler cannot delete printer data: this one records the deletion instead.
-class DeletingSpooler : public RecordingSpooler {
-public:
-    HANDLE deletedThrough = nullptr;
-    std::wstring deletedKey, deletedName;
     DWORD DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name) override {
         deletedThrough = printer;
         deletedKey = key;
@@ -232,43 +175,50 @@ public:
     }
 };
 
-UIConfig* NewConfig(const std::wstring& printerName, HANDLE printer) {
+UIConfig* RecordOf(const TestPrinter& printer) {
     static UIConfig config;
     config = UIConfig{};
-    wcsncpy(config.PrinterName, printerName.c_str(), 259);
-    config.hPrinter = printer;
+    wcsncpy(config.PrinterName, printer.name().c_str(), 259);
+    config.hPrinter = printer.handle();
     return &config;
 }
 }  // namespace
 
-TEST(MediaTypes, EnumerateToADoubleTerminatedList) {
+TEST(PrinterDataWriters, FailedReopenReportsTheFirstStatus) {
     TestPrinter printer;
     TraceLog log;
-    SetCurrentMediaTypeConfig(NewConfig(printer.name(), printer.handle()));
+    ReopenSpooler spooler;
+    spooler.refuseOpen = true;
+    spooler.refuseWritesThrough = printer.handle();
+    SpoolerSwap swap(&spooler);
+    EXPECT_EQ(SetPrinterDataInteger2(printer.handle(), L"EmbsrQuality", 2), DWORD(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(spooler.writes.size(), 1u) << "no second write without a second handle";
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{"SetPrinterDataInteger2(): 5=SetPrinterData(), EmbsrQuality=2"}));
+}
+
+TEST(MediaTypes, EnumerateToADoubleTerminatedList) {
+    TestPrinter printer;
+    SetCurrentMediaTypeConfig(RecordOf(printer));
     ASSERT_EQ(SetConfigMediaType(L"A", 0x0802), 0u);
     ASSERT_EQ(SetConfigMediaType(L"BC", 0x1003), 0u);
     SetCurrentMediaTypeConfig(nullptr);
     EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config\\MediaTypes", L"BC").AsDword(), 0x1003u);
 
-    const UIConfig* config = NewConfig(printer.name(), printer.handle());
+    const UIConfig* config = RecordOf(printer);
     DWORD bytes = 99;
     EXPECT_EQ(EnumConfigMediaTypes(config, nullptr, &bytes), 12u);
     EXPECT_EQ(bytes, 12u);
     wchar_t list[8];
     wmemset(list, L'#', 8);
     EXPECT_EQ(EnumConfigMediaTypes(config, list, nullptr), 12u);
-    EXPECT_EQ(std::wstring(list, 6), std::wstring(L"A\0BC\0\0", 6));
-    EXPECT_EQ(list[6], L'#');
-    EXPECT_TRUE(log.Contains("EnumConfigMediaTypes(): BC"));
-    EXPECT_TRUE(log.Contains("EnumConfigMediaTypes(): cbReturned=12"));
+    EXPECT_EQ(std::wstring(list, 7), std::wstring(L"A\0BC\0\0#", 7));
 }
 
 TEST(MediaTypes, WithoutTheKeyNothingIsListedAndTheBufferIsUntouched) {
     TestPrinter printer;
-    const UIConfig* config = NewConfig(printer.name(), printer.handle());
     wchar_t list[4] = {L'#', L'#', L'#', L'#'};
     DWORD bytes = 99;
-    EXPECT_EQ(EnumConfigMediaTypes(config, list, &bytes), 0u);
+    EXPECT_EQ(EnumConfigMediaTypes(RecordOf(printer), list, &bytes), 0u);
     EXPECT_EQ(bytes, 0u);
     EXPECT_EQ(std::wstring(list, 4), L"####");
     EXPECT_EQ(SetConfigMediaType(L"A", 1), DWORD(ERROR_INVALID_HANDLE)) << "no dialog has made a printer current";
@@ -276,38 +226,26 @@ TEST(MediaTypes, WithoutTheKeyNothingIsListedAndTheBufferIsUntouched) {
 
 TEST(MediaTypes, RemovalAlwaysGoesThroughAFullAccessReopen) {
     TestPrinter printer;
-    TraceLog log;
-    DeletingSpooler spooler;
+    ReopenSpooler spooler;
     SpoolerSwap swap(&spooler);
     EXPECT_EQ(RemoveConfigMediaType(L"Heavy", printer.handle()), 0u);
     EXPECT_NE(spooler.deletedThrough, nullptr);
     EXPECT_NE(spooler.deletedThrough, printer.handle());
     EXPECT_EQ(spooler.deletedKey, L"Config\\MediaTypes");
     EXPECT_EQ(spooler.deletedName, L"Heavy");
-    EXPECT_EQ(log.Lines(), (std::vector<std::string>{
-                               "RemoveConfigMediaType(): reopening printer " + testenv::Narrow(printer.name()),
-                               "RemoveConfigMediaType(): removing Heavy 0"}));
 }
 
 TEST(SetPrinterAsAdminTest, RewritesLevelTwoThroughAFullAccessHandle) {
     TestPrinter printer;
-    TraceLog log;
+    BYTE info[8192] = {};
     DWORD needed = 0;
-    GetPrinterW(printer.handle(), 2, nullptr, 0, &needed);
-    std::vector<BYTE> info(needed);
-    ASSERT_TRUE(GetPrinterW(printer.handle(), 2, info.data(), needed, &needed));
-    auto* level2 = reinterpret_cast<PRINTER_INFO_2W*>(info.data());
+    ASSERT_TRUE(GetPrinterW(printer.handle(), 2, info, sizeof(info), &needed));
+    auto* level2 = reinterpret_cast<PRINTER_INFO_2W*>(info);
     level2->pComment = const_cast<wchar_t*>(L"Embosser in room 4");
     EXPECT_TRUE(SetPrinterAsAdmin(printer.handle(), 2, level2));
-    const auto lines = log.Lines();
-    ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(lines[0].rfind("SetPrinterAsAdmin(): 1=SetPrinter( ", 0), 0u) << lines[0];
-
-    DWORD again = 0;
-    GetPrinterW(printer.handle(), 2, nullptr, 0, &again);
-    std::vector<BYTE> after(again);
-    ASSERT_TRUE(GetPrinterW(printer.handle(), 2, after.data(), again, &again));
-    EXPECT_STREQ(reinterpret_cast<PRINTER_INFO_2W*>(after.data())->pComment, L"Embosser in room 4");
+    BYTE after[8192] = {};
+    ASSERT_TRUE(GetPrinterW(printer.handle(), 2, after, sizeof(after), &needed));
+    EXPECT_STREQ(reinterpret_cast<PRINTER_INFO_2W*>(after)->pComment, L"Embosser in room 4");
 }
 
 TEST(RegistryStringReader, CutsWhatDoesNotFitAndClosesTheKey) {

@@ -83,20 +83,13 @@ TEST(ParseInfoLegacySettings, WithoutPrefixChangesNothing) {
 
 #define FIELD(name) [](const UIConfig& c) -> int64_t { return static_cast<int64_t>(c.name); }
 
+// A missing key gives result 0 (items counted: 22), or the default code for word keys.
 TEST(ParseInfoLegacySettings, SingleLineVariations) {
-    struct Case {
-        const char* key;   // line replaced; removed when `line` is empty
-        const char* line;
-        int result;
-        int64_t (*field)(const UIConfig&);
-        int64_t expected;
-    } const cases[] = {
+    // `key`: the line replaced by `line`, or removed when `line` is empty.
+    struct Case { const char* key; const char* line; int result; int64_t (*field)(const UIConfig&); int64_t expected; }
+    const cases[] = {
         {"MEDIATYPE", "MEDIATYPE=CUSTOM12", 23, FIELD(EmbsrMediaType), 30},
-        {"MEDIATYPE", "MEDIATYPE=CUSTOM16", 23, FIELD(EmbsrMediaType), 30},
-        {"MEDIATYPE", "MEDIATYPE=CHINESE", 23, FIELD(EmbsrMediaType), 17},
-        {"MEDIATYPE", "MEDIATYPE=BRAILLE", 23, FIELD(EmbsrMediaType), 12},
         {"MEDIATYPE", "", 23, FIELD(EmbsrMediaType), 12},
-        {"SPACING", "SPACING=JUMBOBRAILLE", 23, FIELD(EmbsrBrailleStandard), 5},
         {"SPACING", "SPACING=MARBURG", 23, FIELD(EmbsrBrailleStandard), 0},
         {"PAPERWIDTH", "PAPERWIDTH=6120", 23, FIELD(EmbsrPaperWidth), 170},
         {"PAPERWIDTH", "PAPERWIDTH=-71", 23, FIELD(EmbsrPaperWidth), -1},
@@ -108,29 +101,16 @@ TEST(ParseInfoLegacySettings, SingleLineVariations) {
         {"AUTOCR", "AUTOCR=YES", 23, FIELD(EmbsrAutoCr), 1},
         {"AUTOCR", "AUTOCR=", 23, FIELD(EmbsrAutoCr), 1},
         {"AUTOCR", "", 0, FIELD(EmbsrAutoCr), 0},
-        {"GRAPHICS", "GRAPHICS=on", 23, FIELD(EmbsrGraphicsMode), 1},
         {"TOPMARGIN", "TOPMARGIN= -12", 23, FIELD(EmbsrTopMargin), -12},
         {"TOPMARGIN", "TOPMARGIN 7", 23, FIELD(EmbsrTopMargin), 7},  // any one character is skipped
-        {"TOPMARGIN", "TOPMARGIN=", 23, FIELD(EmbsrTopMargin), 0},
-        {"TOPMARGIN", "TOPMARGIN=-99999999999", 23, FIELD(EmbsrTopMargin), INT32_MIN},
-        {"TOPMARGIN", "", 0, FIELD(EmbsrTopMargin), 0},
-        {"BRAILLEDOTS", "BRAILLEDOTS=-1", 23, FIELD(EmbsrBrailleDots), 0xFFFFFFFF},
-        {"BRAILLEFORCE", "BRAILLEFORCE=LIGHT", 23, FIELD(EmbsrBrailleForce), 2},
         {"BRAILLEFORCE", "", 23, FIELD(EmbsrBrailleForce), 1},
-        {"QUALITY", "QUALITY=DRAFT", 23, FIELD(EmbsrQuality), 0},
         {"QUALITY", "", 23, FIELD(EmbsrQuality), 1},
-        {"DUPLEXMODE", "DUPLEXMODE=SHORTEDGE", 23, FIELD(EmbsrDuplex), 2},
         {"DUPLEXMODE", "", 23, FIELD(EmbsrDuplex), 0},
         {"OUTPUTFACE", "", 23, FIELD(EmbsrOutputFace), 1},
         {"FWPRIMARY", "FWPRIMARY=2.10", 0, FIELD(FirmwareVersion), (2 << 16) | (10 << 8)},
-        {"FWPRIMARY", "FWPRIMARY=3.1.12", 23, FIELD(FirmwareVersion), (3 << 16) | (1 << 8) | 12},
-        {"FWPRIMARY", "FWPRIMARY=1. 2.3", 23, FIELD(FirmwareVersion), 0x010203},  // %u skips blanks
-        {"FWPRIMARY", "FWPRIMARY=1 .2.3", 0, FIELD(FirmwareVersion), 0x010000},   // '.' does not
-        {"FWPRIMARY", "FWPRIMARY=1.2.-1", 23, FIELD(FirmwareVersion), 0xFFFFFFFF},
-        {"FWPRIMARY", "FWPRIMARY=", 0, FIELD(FirmwareVersion), 0},
+        {"FWPRIMARY", "FWPRIMARY=1 .2.3", 0, FIELD(FirmwareVersion), 0x010000},  // '.' must follow at once
         {"FWPRIMARY", "", 0, FIELD(FirmwareVersion), 0},
         {"BRAILLETABLE", "BRAILLETABLE=\"de_de\"", 23, FIELD(BrailleTableIndex), 2},
-        {"BRAILLETABLE", "BRAILLETABLE=\"xx_yy\"", 23, FIELD(BrailleTableIndex), 0},
         {"BRAILLETABLE", "", 0, FIELD(BrailleTableIndex), 0},
         {"SERIALNUMBER", "", 0, FIELD(SerialNumber[0]), 0},
     };
@@ -143,18 +123,12 @@ TEST(ParseInfoLegacySettings, SingleLineVariations) {
 }
 
 TEST(ParseInfoLegacySettings, TextValues) {
-    struct Case {
-        const char* key;
-        std::string line;
-        std::u16string serial;
-        std::u16string model;
-    } const cases[] = {
+    struct Case { const char* key; std::string line; std::u16string serial; std::u16string model; } const cases[] = {
         {"SERIALNUMBER", "SERIALNUMBER=\"A\"=B\"\r\rC", u"ABC", u"Quorl 40"},
         {"SERIALNUMBER", "SERIALNUMBER=\xE9\xFF\x01X", u"\u00e9\u00ff\u0001X", u"Quorl 40"},
         // A key inside an earlier value is taken from there.
         {"SERIALNUMBER", "SERIALNUMBER=\"XMODEL=ABC\"", u"XMODELABC", u"ABC"},
         {"SERIALNUMBER", "SERIALNUMBER=" + std::string(10000, 'S'), std::u16string(259, u'S'), u"Quorl 40"},
-        {"MODEL", "MODEL=\"" + std::string(10000, '=') + "\"", u"SN-0042", u""},
     };
     for (const Case& c : cases) {
         auto config = NewConfig(0xA5);
@@ -162,15 +136,6 @@ TEST(ParseInfoLegacySettings, TextValues) {
         EXPECT_EQ(std::u16string(config->SerialNumber), c.serial) << c.line.substr(0, 40);
         EXPECT_EQ(std::u16string(config->ModelNumber), c.model) << c.line.substr(0, 40);
     }
-}
-
-TEST(ParseInfoLegacySettings, BrailleTableDropsQuotesAndLineEnd) {
-    auto config = NewConfig();
-    trace_recorder::Clear();
-    ParseInfoLegacySettings(*config, ReplyWith("BRAILLETABLE", "BRAILLETABLE=\"de_de\"").c_str());
-    EXPECT_EQ(Narrow(config->EmbsrBrailleTable), "de_de");
-    EXPECT_EQ(config->BrailleTableIndex, 2u);
-    EXPECT_TRUE(trace_recorder::Contains("BrailleTableStringToInt(): 'de_de'=2\n"));
 }
 
 TEST(ParseInfoLegacySettings, ReplyOfReceiveBufferSizeAndKeysAtTheVeryEnd) {
@@ -184,8 +149,7 @@ TEST(ParseInfoLegacySettings, ReplyOfReceiveBufferSizeAndKeysAtTheVeryEnd) {
     EXPECT_EQ(std::u16string(config->ModelNumber), std::u16string(259, u'M'));
 
     // Each key as the last bytes of the text: nothing is read past the terminator.
-    for (const char* tail : {"TOPMARGIN", "AUTOCR", "FWPRIMARY", "FWPRIMARY=", "FWPRIMARY=7.", "MODEL",
-                             "BRAILLETABLE=\"EN", "PAPERWIDTH"}) {
+    for (const char* tail : {"TOPMARGIN", "AUTOCR", "FWPRIMARY", "FWPRIMARY=7.", "MODEL", "BRAILLETABLE=\"EN"}) {
         auto tailConfig = NewConfig(0xA5);
         const std::string reply = std::string("@PJL INFO LEGACY [23\r\n") + tail;
         EXPECT_EQ(ParseInfoLegacySettings(*tailConfig, ExactCopy(reply).get()), 0) << tail;

@@ -20,9 +20,3 @@ inline std::string Narrow(const WideChar* text) {
     for (; text != nullptr && *text != 0; ++text) out += *text < 0x80 ? static_cast<char>(*text) : '?';
     return out;
 }
-
-inline std::u16string Widen(const std::string& text) {
-    std::u16string out;
-    for (unsigned char c : text) out += static_cast<char16_t>(c);
-    return out;
-}
