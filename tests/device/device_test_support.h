@@ -27,42 +27,26 @@ inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) 
     return config;
 }
 
-// A simulator on `address`:80 that is running when the constructor returns.
-class RunningSimulator {
-public:
-    RunningSimulator(const char* address, embosser_sim::Behaviour behaviour, std::string reply = std::string()) {
-        embosser_sim::Options options;
-        options.address = address;
-        options.behaviour = behaviour;
-        options.reply = std::move(reply);
-        Start(options);
-    }
-    explicit RunningSimulator(const embosser_sim::Options& options) { Start(options); }
+inline embosser_sim::Options Simulating(const char* address, embosser_sim::Behaviour behaviour,
+                                        std::string reply = std::string()) {
+    embosser_sim::Options options;
+    options.address = address;
+    options.behaviour = behaviour;
+    options.reply = std::move(reply);
+    return options;
+}
 
-    embosser_sim::Simulator& operator*() { return *simulator_; }
-    embosser_sim::Simulator* operator->() { return simulator_.get(); }
+// A simulator that is running when this returns.
+inline std::unique_ptr<embosser_sim::Simulator> StartSimulator(const embosser_sim::Options& options) {
+    auto simulator = std::make_unique<embosser_sim::Simulator>(options);
+    std::string error;
+    EXPECT_TRUE(simulator->Start(&error)) << error;
+    return simulator;
+}
 
-private:
-    void Start(const embosser_sim::Options& options) {
-        simulator_ = std::make_unique<embosser_sim::Simulator>(options);
-        std::string error;
-        started_ = simulator_->Start(&error);
-        EXPECT_TRUE(started_) << error;
-    }
-
-    std::unique_ptr<embosser_sim::Simulator> simulator_;
-    bool started_ = false;
-};
-
-class Stopwatch {
-public:
-    double Seconds() const {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
+inline double SecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
 
 // Trace lines that begin with `prefix`.
 inline int CountLinesStartingWith(const testenv::TraceLog& log, const std::string& prefix) {
