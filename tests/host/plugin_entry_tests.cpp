@@ -1,6 +1,7 @@
 // The library's exports and the class factory, through the real DLL loaded like the
 // driver's host loads it.
 #include <atomic>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -28,11 +29,8 @@ TEST_F(LoadedPlugin, DllGetClassObjectGivesAFactoryOnlyForItsOwnClassAndFactoryI
         HRESULT expected;
     } const cases[] = {
         {"own class, IClassFactory", CLSID_OEMUI, IID_IClassFactory, S_OK},
-        {"own class, IUnknown", CLSID_OEMUI, IID_IUnknown, S_OK},
         {"own class, IPrintOemUI2", CLSID_OEMUI, IID_IPrintOemUI2, E_NOINTERFACE},
-        {"own class, IPrintOemUI", CLSID_OEMUI, IID_IPrintOemUI, E_NOINTERFACE},
         {"unknown class", IID_IPrintOemUI2, IID_IClassFactory, CLASS_E_CLASSNOTAVAILABLE},
-        {"null class", GUID_NULL, IID_IUnknown, CLASS_E_CLASSNOTAVAILABLE},
     };
     for (const auto& c : cases) {
         void* object = kSentinel;
@@ -40,46 +38,13 @@ TEST_F(LoadedPlugin, DllGetClassObjectGivesAFactoryOnlyForItsOwnClassAndFactoryI
         if (c.expected == S_OK) {
             ASSERT_NE(object, nullptr) << c.what;
             ASSERT_NE(object, kSentinel) << c.what;
-            auto* unknown = static_cast<IUnknown*>(object);
             // Handed over with exactly the caller's reference.
-            EXPECT_EQ(unknown->AddRef(), 2u) << c.what;
-            EXPECT_EQ(unknown->Release(), 1u) << c.what;
-            EXPECT_EQ(unknown->Release(), 0u) << c.what;
+            EXPECT_EQ(static_cast<IUnknown*>(object)->Release(), 0u) << c.what;
         } else {
             EXPECT_EQ(object, nullptr) << c.what;
         }
     }
     EXPECT_EQ(library.GetClassObject(CLSID_OEMUI, IID_IClassFactory, nullptr), E_POINTER);
-}
-
-TEST_F(LoadedPlugin, RefusedRequestsLeaveNoFactoryOrObjectAlive) {
-    const auto refusedFactory = [&] {
-        void* object = nullptr;
-        library.GetClassObject(CLSID_OEMUI, IID_IPrintOemUI2, &object);
-    };
-    EXPECT_LT(HeapGrowth(kLeakRounds, refusedFactory), kLeakAllowance) << "factory asked for IPrintOemUI2";
-
-    ComRef<IClassFactory> factory = NewFactory();
-    ASSERT_TRUE(factory);
-    const auto aggregated = [&] {
-        void* object = nullptr;
-        factory->CreateInstance(factory.get(), IID_IUnknown, &object);
-    };
-    const auto firstVersion = [&] {
-        void* object = nullptr;
-        factory->CreateInstance(nullptr, IID_IPrintOemUI, &object);
-    };
-    EXPECT_LT(HeapGrowth(kLeakRounds, aggregated), kLeakAllowance) << "aggregation";
-    EXPECT_LT(HeapGrowth(kLeakRounds, firstVersion), kLeakAllowance) << "IPrintOemUI";
-
-    // The measurement sees a leak of this size: objects kept alive make it grow.
-    std::vector<ComRef<IPrintOemUI2>> kept;
-    kept.reserve(kLeakRounds + 10);
-    const auto keep = [&] {
-        kept.emplace_back();
-        factory->CreateInstance(nullptr, IID_IPrintOemUI2, kept.back().put());
-    };
-    EXPECT_GT(HeapGrowth(kLeakRounds, keep), kLeakAllowance);
 }
 
 TEST_F(LoadedPlugin, CreateInstanceGivesOnlyIUnknownAndIPrintOemUI2WithoutAggregation) {
@@ -94,10 +59,7 @@ TEST_F(LoadedPlugin, CreateInstanceGivesOnlyIUnknownAndIPrintOemUI2WithoutAggreg
         {"IUnknown", false, IID_IUnknown, S_OK},
         {"IPrintOemUI2", false, IID_IPrintOemUI2, S_OK},
         {"IPrintOemUI (first version)", false, IID_IPrintOemUI, E_NOINTERFACE},
-        {"IClassFactory", false, IID_IClassFactory, E_NOINTERFACE},
-        {"IPrintOemDriverUI", false, IID_IPrintOemDriverUI, E_NOINTERFACE},
         {"aggregated IUnknown", true, IID_IUnknown, CLASS_E_NOAGGREGATION},
-        {"aggregated IPrintOemUI2", true, IID_IPrintOemUI2, CLASS_E_NOAGGREGATION},
     };
     for (const auto& c : cases) {
         void* object = kSentinel;
@@ -110,48 +72,41 @@ TEST_F(LoadedPlugin, CreateInstanceGivesOnlyIUnknownAndIPrintOemUI2WithoutAggreg
             EXPECT_EQ(object, nullptr) << c.what;
         }
     }
-    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-}
-
-TEST_F(LoadedPlugin, FactoryAnswersForIUnknownAndIClassFactoryOnly) {
-    ComRef<IClassFactory> factory = NewFactory();
-    ASSERT_TRUE(factory);
-    void* object = kSentinel;
-    EXPECT_EQ(factory->QueryInterface(IID_IUnknown, &object), S_OK);
-    EXPECT_EQ(object, static_cast<void*>(factory.get()));
-    factory->Release();
-    object = kSentinel;
-    EXPECT_EQ(factory->QueryInterface(IID_IPrintOemUI2, &object), E_NOINTERFACE);
-    EXPECT_EQ(object, nullptr);
-}
-
-TEST_F(LoadedPlugin, ObjectGivesTheSameInterfaceForIUnknownAndIPrintOemUI2Only) {
+    // The object answers for IUnknown with itself and refuses the first version.
     ComRef<IPrintOemUI2> object = NewObject();
     ASSERT_TRUE(object);
+    void* answer = kSentinel;
+    EXPECT_EQ(object->QueryInterface(IID_IUnknown, &answer), S_OK);
+    EXPECT_EQ(answer, static_cast<void*>(object.get()));
+    object->Release();
+    EXPECT_EQ(object->QueryInterface(IID_IPrintOemUI, &answer), E_NOINTERFACE);
+    EXPECT_EQ(answer, nullptr);
+}
+
+TEST_F(LoadedPlugin, RefusedRequestsLeaveNoFactoryOrObjectAlive) {
+    ComRef<IClassFactory> factory = NewFactory();
+    ASSERT_TRUE(factory);
+    void* object = nullptr;
     const struct {
         const char* what;
-        IID iid;
-        bool given;
-    } cases[] = {
-        {"IUnknown", IID_IUnknown, true},
-        {"IPrintOemUI2", IID_IPrintOemUI2, true},
-        {"IPrintOemUI", IID_IPrintOemUI, false},
-        {"IClassFactory", IID_IClassFactory, false},
-        {"IPrintOemDriverUI", IID_IPrintOemDriverUI, false},
+        std::function<void()> request;
+    } refused[] = {
+        {"factory asked for IPrintOemUI2", [&] { library.GetClassObject(CLSID_OEMUI, IID_IPrintOemUI2, &object); }},
+        {"aggregation", [&] { factory->CreateInstance(factory.get(), IID_IUnknown, &object); }},
+        {"IPrintOemUI", [&] { factory->CreateInstance(nullptr, IID_IPrintOemUI, &object); }},
     };
-    for (const auto& c : cases) {
-        void* answer = kSentinel;
-        const HRESULT hr = object->QueryInterface(c.iid, &answer);
-        if (c.given) {
-            EXPECT_EQ(hr, S_OK) << c.what;
-            EXPECT_EQ(answer, static_cast<void*>(object.get())) << c.what;
-            EXPECT_EQ(object->Release(), 1u) << c.what;
-        } else {
-            EXPECT_EQ(hr, E_NOINTERFACE) << c.what;
-            EXPECT_EQ(answer, nullptr) << c.what;
-        }
+    for (const auto& r : refused) {
+        EXPECT_LT(HeapGrowth(kLeakRounds, r.request), kLeakAllowance) << r.what;
     }
-    EXPECT_EQ(object->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+
+    // The measurement sees a leak of this size: objects kept alive make it grow.
+    std::vector<ComRef<IPrintOemUI2>> kept;
+    kept.reserve(kLeakRounds + 10);
+    const auto keep = [&] {
+        kept.emplace_back();
+        factory->CreateInstance(nullptr, IID_IPrintOemUI2, kept.back().put());
+    };
+    EXPECT_GT(HeapGrowth(kLeakRounds, keep), kLeakAllowance);
 }
 
 TEST_F(LoadedPlugin, OnlyAnOutstandingServerLockKeepsTheLibraryLoaded) {
@@ -170,10 +125,8 @@ TEST_F(LoadedPlugin, OnlyAnOutstandingServerLockKeepsTheLibraryLoaded) {
     object.reset();
     EXPECT_EQ(library.CanUnloadNow(), S_FALSE) << "the lock outlives the factory that took it";
 
-    ComRef<IClassFactory> another = NewFactory();
-    EXPECT_EQ(another->LockServer(FALSE), S_OK);
+    EXPECT_EQ(NewFactory()->LockServer(FALSE), S_OK);
     EXPECT_EQ(library.CanUnloadNow(), S_OK);
-    another.reset();
     EXPECT_TRUE(library.UnloadIfAllowed());
     EXPECT_FALSE(library.loaded());
 }
@@ -211,16 +164,6 @@ TEST_F(LoadedPlugin, ConcurrentReferencesAndLocksFromEightThreadsLeaveConsistent
     EXPECT_EQ(factory->AddRef(), expected + 1);
     EXPECT_EQ(factory->Release(), expected);
     EXPECT_EQ(library.CanUnloadNow(), S_FALSE);
-
-    // Mixed: taking and giving back on all threads at once.
-    runOnAllThreads([&] {
-        object->AddRef();
-        object->Release();
-        factory->LockServer(TRUE);
-        factory->LockServer(FALSE);
-    });
-    EXPECT_EQ(object->AddRef(), expected + 1);
-    EXPECT_EQ(object->Release(), expected);
 
     runOnAllThreads([&] {
         object->Release();
