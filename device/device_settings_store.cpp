@@ -5,6 +5,7 @@
 
 #include "config/spooler.h"
 #include "device/legacy_transports.h"
+#include "device/protocol/decimal_text.h"
 #include "device/protocol/legacy_reply_parser.h"
 #include "frame/heap_memory.h"
 #include "frame/text_format.h"
@@ -64,7 +65,7 @@ uint32_t PackFirmwareVersion(const wchar_t* text) {
     }
     narrow[i] = '\0';
     uint32_t numbers[3] = {};
-    ReadDottedNumbers(narrow, numbers, 3);
+    ozdk::ReadDottedNumbers(narrow, numbers, 3);
     return numbers[0] << 16 | numbers[1] << 8 | numbers[2];
 }
 

@@ -51,7 +51,7 @@ uint32_t PackAddress(const uint32_t (&octets)[4]) {
 
 bool ReadAddress(const char* text, uint32_t* address) {
     uint32_t octets[4] = {};
-    if (ReadDottedNumbers(text, octets, 4) != 4) {
+    if (ozdk::ReadDottedNumbers(text, octets, 4) != 4) {
         return false;
     }
     *address = PackAddress(octets);
@@ -117,27 +117,6 @@ bool AddressByResolving(const char* hostName, uint32_t* address) {
 }
 
 }  // namespace
-
-int ReadDottedNumbers(const char* text, uint32_t* numbers, int count) {
-    if (text == nullptr || numbers == nullptr) {
-        return 0;
-    }
-    const char* cursor = text;
-    int read = 0;
-    while (read < count) {
-        if (read > 0) {
-            if (*cursor != '.') {
-                break;
-            }
-            ++cursor;
-        }
-        if (!ozdk::ReadUnsignedField(cursor, numbers[read])) {
-            break;
-        }
-        ++read;
-    }
-    return read;
-}
 
 DWORD GetLegacyData(HANDLE printer, DWORD* count) {
     DWORD ignoredCount = 0;

@@ -55,7 +55,3 @@ const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, i
 // the library or the export is missing.
 FARPROC ExtDllLoadFunction(UIConfig& config, const char* exportName);
 
-// Reads up to `count` unsigned numbers separated by '.' the way the C library reads
-// "%u.%u.%u": each may have leading blanks and a sign; reading stops at the first field
-// that does not fit. Returns how many were read; the others are left alone.
-int ReadDottedNumbers(const char* text, uint32_t* numbers, int count);

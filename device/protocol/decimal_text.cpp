@@ -97,4 +97,25 @@ bool ReadUnsignedField(const char*& cursor, uint32_t& value) {
     return true;
 }
 
+int ReadDottedNumbers(const char* text, uint32_t* numbers, int count) {
+    if (text == nullptr || numbers == nullptr) {
+        return 0;
+    }
+    const char* cursor = text;
+    int read = 0;
+    while (read < count) {
+        if (read > 0) {
+            if (*cursor != '.') {
+                break;
+            }
+            ++cursor;
+        }
+        if (!ReadUnsignedField(cursor, numbers[read])) {
+            break;
+        }
+        ++read;
+    }
+    return read;
+}
+
 }  // namespace ozdk

@@ -30,4 +30,8 @@ int32_t TruncateToInt32(double value);
 // and returns true; without digits returns false and leaves `value` alone.
 bool ReadUnsignedField(const char*& cursor, uint32_t& value);
 
+// Up to `count` "%u" fields separated by single dots, as "%u.%u.%u" reads them (a
+// firmware version, a dotted address). Returns how many were read; the others are left.
+int ReadDottedNumbers(const char* text, uint32_t* numbers, int count);
+
 }  // namespace ozdk

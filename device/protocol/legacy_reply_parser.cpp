@@ -109,14 +109,7 @@ int ReadFirmwareKey(const char* block, uint32_t& firmwareVersion) {
     uint32_t parts[3] = {0, 0, 0};
     int read = 0;
     if (const char* found = std::strstr(block, kKey)) {
-        const char* cursor = ValueAfterKey(found, sizeof(kKey) - 1);
-        for (; read < 3; ++read) {
-            if (read > 0) {
-                if (*cursor != '.') break;
-                ++cursor;
-            }
-            if (!ozdk::ReadUnsignedField(cursor, parts[read])) break;
-        }
+        read = ozdk::ReadDottedNumbers(ValueAfterKey(found, sizeof(kKey) - 1), parts, 3);
     }
     firmwareVersion = (parts[0] << 16) | (parts[1] << 8) | parts[2];
     return read;
