@@ -36,17 +36,7 @@ inline std::wstring PeripheralInstallerPath() {
     return std::wstring(directory) + L"\\ozdkrnpi.dll";
 }
 
-// The host's call block for a printer, with this test program as the plug-in's module.
-inline OEMCUIPPARAM MakeParam(const testenv::TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode = nullptr) {
-    OEMCUIPPARAM param = {};
-    param.cbSize = sizeof(param);
-    param.hPrinter = printer.handle();
-    param.pPrinterName = const_cast<wchar_t*>(printer.name().c_str());
-    param.hModule = GetModuleHandleW(nullptr);
-    param.hOEMHeap = heap;
-    param.pPublicDM = publicDevMode;
-    return param;
-}
+using testenv::MakeParam;
 
 // Stores a printer-data value as a test's precondition; `key` null: top-level data.
 inline void StoreValue(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const void* data,

@@ -9,7 +9,7 @@
 #include "frame/class_factory.h"
 #include "frame/oem_ui_plugin.h"
 #include "frame/text_format.h"
-#include "support/wine_environment.h"
+#include "support/host_fixtures.h"
 
 TEST(PluginLifetime, FinalReleaseDestroysTheSharedConfigurationExactlyOnce) {
     testenv::TestPrinter printer;
@@ -25,12 +25,7 @@ TEST(PluginLifetime, FinalReleaseDestroysTheSharedConfigurationExactlyOnce) {
 
     // Three pages attach the record through the object; the host holds two more references.
     testenv::TraceLog log;
-    OEMCUIPPARAM param = {};
-    param.cbSize = sizeof(param);
-    param.hPrinter = printer.handle();
-    param.pPrinterName = const_cast<wchar_t*>(printer.name().c_str());
-    param.hModule = GetModuleHandleW(nullptr);
-    param.hOEMHeap = heap;
+    OEMCUIPPARAM param = testenv::MakeParam(printer, heap);
     for (int i = 1; i <= 3; ++i) EXPECT_EQ(CreateConfig(&param, plugin->ConfigSlot()), i);
     ASSERT_NE(*plugin->ConfigSlot(), nullptr);
     char freeing[128];

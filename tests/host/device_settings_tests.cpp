@@ -8,8 +8,10 @@
 #include <commctrl.h>
 #include <compstui.h>
 
+#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "embosser_simulator.h"
 #include "tools/host/option_tree_page.h"
@@ -21,29 +23,15 @@ namespace {
 // What the simulated embosser keeps: margins and layout that fit a letter page, so that
 // applying sends no page-fit corrections of its own. The left margin (10) is not the
 // lowest one the device takes (5).
-const char kDeviceSettings[] =
-    "@PJL INFO LEGACY [23 ENTRIES]\r\n"
-    "TOPMARGIN=10\r\n"
-    "LEFTMARGIN=10\r\n"
-    "RIGHTMARGIN=5\r\n"
-    "BRAILLEDOTS=6\r\n"
-    "CHARSWIDTH=30\r\n"
-    "LINESLENGTH=25\r\n"
-    "EXTRALINESPACE=0\r\n"
-    "BRAILLETABLE=\"EN_US\"\r\n"
-    "AUTOCR=ON\r\n"
-    "GRAPHICS=OFF\r\n"
-    "SPACING=USLIBCONGRESS\r\n"
-    "MEDIATYPE=PLAIN\r\n"
-    "PAPERLENGTH=7920\r\n"
-    "PAPERWIDTH=6120\r\n"
-    "BRAILLEFORCE=NORMAL\r\n"
-    "QUALITY=STANDARD\r\n"
-    "DUPLEXMODE=SIMPLEX\r\n"
-    "OUTPUTFACE=1\r\n"
-    "FWPRIMARY=1.2.3\r\n"
-    "SERIALNUMBER=\"SIM-000040\"\r\n"
-    "MODEL=\"Quorl Simulator\"\r\n";
+std::string DeviceSettings() {
+    std::string block = embosser_sim::SampleLegacyBlock();
+    for (const auto& [from, to] : {std::pair<const char*, const char*>{"LEFTMARGIN=5\r", "LEFTMARGIN=10\r"},
+                                   {"CHARSWIDTH=40\r", "CHARSWIDTH=30\r"}}) {
+        const size_t at = block.find(from);
+        if (at != std::string::npos) block.replace(at, std::strlen(from), to);
+    }
+    return block;
+}
 
 constexpr DWORD kLegacyItems = 22;
 constexpr BYTE kFormSize = 50, kFormWidth = 52, kFormLength = 53, kLeftMargin = 41, kResetButton = 32;
@@ -60,7 +48,7 @@ protected:
         embosser_sim::Options options;
         options.address = address;
         options.behaviour = behaviour;
-        options.reply = embosser_sim::HttpReply(kDeviceSettings);
+        options.reply = embosser_sim::HttpReply(DeviceSettings());
         simulator = std::make_unique<embosser_sim::Simulator>(options);
         std::string error;
         ASSERT_TRUE(simulator->Start(&error)) << error;

@@ -54,13 +54,9 @@ class LegacyTree {
 public:
     // A printer of its own; with an address, its port is a Standard TCP/IP port whose
     // host is that address.
-    explicit LegacyTree(const wchar_t* embosserAddress = nullptr) : printer_(L"Ozdk Tree") {
+    explicit LegacyTree(const wchar_t* embosserAddress = nullptr)
+        : printer_(L"Ozdk Tree"), param_(testenv::MakeParam(printer_, heap_.get())) {
         if (embosserAddress != nullptr) printer_.MakeNetworkPort(embosserAddress, L"");
-        param_.cbSize = sizeof(param_);
-        param_.hPrinter = printer_.handle();
-        param_.pPrinterName = const_cast<wchar_t*>(printer_.name().c_str());
-        param_.hModule = GetModuleHandleW(nullptr);
-        param_.hOEMHeap = heap_.get();
     }
     ~LegacyTree() { DestroyConfig(config_); }
     LegacyTree(const LegacyTree&) = delete;

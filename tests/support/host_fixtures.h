@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "frame/printer_oem_ui.h"
 #include "support/wine_environment.h"
 
 namespace testenv {
@@ -37,6 +38,18 @@ public:
 private:
     HANDLE heap_;
 };
+
+// The host's call block for a printer, with this test program as the plug-in's module.
+inline OEMCUIPPARAM MakeParam(const TestPrinter& printer, HANDLE heap, DEVMODEW* publicDevMode = nullptr) {
+    OEMCUIPPARAM param = {};
+    param.cbSize = sizeof(param);
+    param.hPrinter = printer.handle();
+    param.pPrinterName = const_cast<wchar_t*>(printer.name().c_str());
+    param.hModule = GetModuleHandleW(nullptr);
+    param.hOEMHeap = heap;
+    param.pPublicDM = publicDevMode;
+    return param;
+}
 
 // The Windows path of a file of the build folder (OZDK_BUILD_DIR), e.g.
 // BuildFilePath(L"tests\\standins\\language_monitor_extension\\ozdkrnlmex.dll").
