@@ -197,9 +197,7 @@ void ReadBrailleTableName(UIConfig* config) {
     HeapBuffer whole(needed + sizeof(wchar_t));
     if (whole && Spool().GetPrinterDataW(config->hPrinter, L"EmbsrBrailleTable", &type, whole.bytes(), needed,
                                          &needed) == ERROR_SUCCESS) {
-        const DWORD keep = needed < kTextBytes - sizeof(wchar_t) ? needed : kTextBytes - sizeof(wchar_t);
-        CopyMemory(table, whole.bytes(), keep);
-        TerminateReadString(table, kTextCapacity, keep);
+        CopyCutString(table, kTextCapacity, whole.bytes(), needed);
     }
 }
 

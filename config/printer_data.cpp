@@ -57,9 +57,7 @@ bool ReadConfigStringCut(HANDLE printer, const wchar_t* name, wchar_t* destinati
         type != REG_SZ) {
         return false;
     }
-    const DWORD keep = needed < (capacity - 1) * sizeof(wchar_t) ? needed : (capacity - 1) * sizeof(wchar_t);
-    CopyMemory(destination, whole.bytes(), keep);
-    TerminateReadString(destination, capacity, keep);
+    CopyCutString(destination, capacity, whole.bytes(), needed);
     return true;
 }
 

@@ -14,6 +14,16 @@ void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead) {
     buffer[characters] = L'\0';
 }
 
+void CopyCutString(wchar_t* destination, DWORD capacity, const BYTE* value, DWORD bytes) {
+    if (capacity == 0) {
+        return;
+    }
+    const DWORD room = (capacity - 1) * sizeof(wchar_t);
+    const DWORD keep = bytes < room ? bytes : room;
+    CopyMemory(destination, value, keep);
+    TerminateReadString(destination, capacity, keep);
+}
+
 namespace {
 
 bool IsStringType(DWORD type) { return type == REG_SZ || type == REG_EXPAND_SZ; }
@@ -37,9 +47,7 @@ LONG ReadCut(HKEY key, const wchar_t* name, wchar_t* destination, DWORD capacity
     if (status != ERROR_SUCCESS) {
         return status;
     }
-    const DWORD keep = size < (capacity - 1) * sizeof(wchar_t) ? size : (capacity - 1) * sizeof(wchar_t);
-    CopyMemory(destination, whole.bytes(), keep);
-    TerminateReadString(destination, capacity, keep);
+    CopyCutString(destination, capacity, whole.bytes(), size);
     return ERROR_SUCCESS;
 }
 

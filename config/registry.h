@@ -8,6 +8,10 @@
 // the terminator fits.
 void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead);
 
+// Copies a string value of `bytes` bytes that was read whole into a buffer of
+// `capacity` characters: what does not fit is cut, and the copy is terminated.
+void CopyCutString(wchar_t* destination, DWORD capacity, const BYTE* value, DWORD bytes);
+
 // The registry string reader: reads the string value `name` of the open key into
 // `destination` (capacity in bytes, at least 2), always terminated, a longer value cut to
 // fit. Closes the key whatever the outcome. Returns the query's status; a value that is
