@@ -16,6 +16,7 @@ target_include_directories(ozdk_protocol PUBLIC ${CMAKE_SOURCE_DIR})
 target_compile_options(ozdk_protocol PRIVATE ${OZDK_WARNINGS})
 
 file(GLOB OZDK_PRODUCT_SOURCES CONFIGURE_DEPENDS
+     ${CMAKE_SOURCE_DIR}/base/*.cpp
      ${CMAKE_SOURCE_DIR}/frame/*.cpp
      ${CMAKE_SOURCE_DIR}/config/*.cpp
      ${CMAKE_SOURCE_DIR}/device/*.cpp

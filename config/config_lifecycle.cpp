@@ -10,12 +10,12 @@
 #include "config/paper_sizes.h"
 #include "config/printer_data.h"
 #include "config/registry.h"
-#include "config/spooler.h"
-#include "frame/heap_memory.h"
-#include "frame/module_state.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
-#include "frame/unique_handle.h"
+#include "base/spooler.h"
+#include "base/heap_memory.h"
+#include "base/module_state.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
+#include "base/unique_handle.h"
 
 namespace {
 

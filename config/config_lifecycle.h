@@ -2,7 +2,7 @@
 #pragma once
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 // Attaches the record to *ppConfig: builds it on the first call (from the printer's
 // stored values and the public device mode of `pParam`), and on later calls through the

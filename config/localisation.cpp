@@ -3,10 +3,10 @@
 #include <cwchar>
 
 #include "config/registry.h"
-#include "config/spooler.h"
-#include "frame/module_state.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/spooler.h"
+#include "base/module_state.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
 
 namespace {
 

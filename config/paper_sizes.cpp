@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-#include "config/spooler.h"
-#include "frame/heap_memory.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/spooler.h"
+#include "base/heap_memory.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
 
 namespace {
 

@@ -3,11 +3,11 @@
 #include <cwchar>
 
 #include "config/registry.h"
-#include "config/spooler.h"
-#include "frame/heap_memory.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
-#include "frame/unique_handle.h"
+#include "base/spooler.h"
+#include "base/heap_memory.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
+#include "base/unique_handle.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "config/registry.h"
 
-#include "frame/heap_memory.h"
-#include "frame/unique_handle.h"
+#include "base/heap_memory.h"
+#include "base/unique_handle.h"
 
 void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead) {
     if (capacity == 0) {

@@ -9,15 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#if defined(_WIN32)
-using WideChar = wchar_t;
-#define W16(s) L##s
-#else
-using WideChar = char16_t;
-#define W16(s) u##s
-#endif
-
-static_assert(sizeof(WideChar) == 2, "stored values and resources use 16-bit characters");
+#include "base/wide_char.h"
 
 struct _devicemodeW;  // DEVMODEW on Windows
 

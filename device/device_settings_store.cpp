@@ -3,13 +3,13 @@
 #include <windows.h>
 #include <winspool.h>
 
-#include "config/spooler.h"
+#include "base/spooler.h"
 #include "device/legacy_transports.h"
 #include "device/protocol/decimal_text.h"
 #include "device/protocol/legacy_reply_parser.h"
-#include "frame/heap_memory.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/heap_memory.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
 
 namespace {
 

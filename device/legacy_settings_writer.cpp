@@ -5,11 +5,11 @@
 #include <new>
 #include <string>
 
-#include "config/spooler.h"
+#include "base/spooler.h"
 #include "device/protocol/legacy_setting_rules.h"
 #include "device/protocol/pjl_commands.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
 
 namespace {
 

@@ -8,14 +8,14 @@
 #include <cwchar>
 
 #include "config/registry.h"
-#include "config/spooler.h"
+#include "base/spooler.h"
 #include "device/protocol/decimal_text.h"
 #include "device/protocol/legacy_reply_parser.h"
-#include "frame/heap_memory.h"
-#include "frame/module_state.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
-#include "frame/unique_handle.h"
+#include "base/heap_memory.h"
+#include "base/module_state.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
+#include "base/unique_handle.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "document_ui/document_property_sheets.h"
 
-#include "frame/trace_log.h"
+#include "base/trace_log.h"
 
 // This build carries no document pages: every call fails without adding any.
 HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM /*lParam*/, IPrintOemDriverUI* /*driverUI*/,

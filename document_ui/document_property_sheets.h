@@ -6,7 +6,7 @@
 #include <compstui.h>
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 // Called by the plug-in object's DocumentPropertySheets for every reason the common
 // property sheet UI sends, with the host's driver interface (may be null) and the

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "frame/module_state.h"
+#include "base/module_state.h"
 #include "frame/oem_ui_plugin.h"
 
 HRESULT STDMETHODCALLTYPE OemUIClassFactory::QueryInterface(REFIID riid, void** ppv) noexcept {

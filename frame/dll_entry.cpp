@@ -4,8 +4,8 @@
 #include <new>
 
 #include "frame/class_factory.h"
-#include "frame/module_state.h"
-#include "frame/printer_oem_ui.h"
+#include "base/module_state.h"
+#include "base/printer_oem_ui.h"
 
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
     switch (reason) {

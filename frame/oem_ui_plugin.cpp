@@ -5,8 +5,8 @@
 #include "config/config_lifecycle.h"
 #include "document_ui/document_property_sheets.h"
 #include "frame/class_factory.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
 #include "printer_ui/device_property_sheets.h"
 #include "printer_ui/printer_property_page.h"
 

@@ -7,7 +7,7 @@
 #include <windows.h>
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 // The plug-in's private part of the device mode: the standard extra header followed by
 // private bytes that are zero by default.

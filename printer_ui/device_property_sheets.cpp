@@ -1,6 +1,6 @@
 #include "printer_ui/device_property_sheets.h"
 
-#include "frame/trace_log.h"
+#include "base/trace_log.h"
 
 // This build carries no printer pages: every call fails without adding any.
 HRESULT hrOEMDevicePropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM /*lParam*/, UIConfig** /*ppUserData*/) {

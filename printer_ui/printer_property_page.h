@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 // Called by the plug-in object's CommonUIProp for OEMCUIP_PRNPROP: first with
 // pOEMOptItems null to learn the item count (22), then to build the items. `ppUserData`

@@ -9,7 +9,7 @@
 #include <compstui.h>
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 // The item callback (OEMCUIPPARAM::OEMCUIPCallback). The UIConfig is pOEMUserData.
 //  - CPSUICB_REASON_SETACTIVE: reads the device once (a failed read is not tried again),

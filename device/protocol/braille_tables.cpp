@@ -1,7 +1,7 @@
 #include "device/protocol/braille_tables.h"
 
 #include "device/protocol/ascii_text.h"
-#include "frame/trace_log.h"
+#include "base/trace_log.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "config/ui_config.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 #include "support/host_fixtures.h"
 #include "support/spooler_doubles.h"
 #include "support/wine_environment.h"

@@ -7,7 +7,7 @@
 #include "config/config_lifecycle.h"
 #include "config/localisation.h"
 #include "config_fixtures.h"
-#include "frame/text_format.h"
+#include "base/text_format.h"
 #include "resources/resource_ids.h"
 
 using namespace configtest;

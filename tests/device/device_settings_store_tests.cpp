@@ -1,11 +1,11 @@
 // GetQuorlSettings with real peers: a printer on a Standard TCP/IP port whose host is the
 // simulator, and a printer on an ordinary port whose spooler-side component answers
 // through the spooler.
-#include "device_test_support.h"
+#include "support/embosser_fixtures.h"
 
 #include <vector>
 
-#include "config/spooler.h"
+#include "base/spooler.h"
 #include "device/device_settings_store.h"
 #include "spooler_component.h"
 #include "support/spooler_doubles.h"

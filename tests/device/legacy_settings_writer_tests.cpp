@@ -1,5 +1,5 @@
 // Writing device settings back, checked on the raw jobs the test printer receives.
-#include "device_test_support.h"
+#include "support/embosser_fixtures.h"
 
 #include <compstui.h>
 

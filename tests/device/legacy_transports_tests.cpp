@@ -1,7 +1,7 @@
 // The two transports of the embosser's settings and the extension library binding,
 // against real peers: the simulator on loopback, the spooler-side component stand-in
 // on the real spooler, Standard TCP/IP port keys in the real registry.
-#include "device_test_support.h"
+#include "support/embosser_fixtures.h"
 
 #include "device/legacy_transports.h"
 #include "device/protocol/legacy_reply_parser.h"

@@ -8,7 +8,7 @@
 #include "config/config_lifecycle.h"
 #include "frame/class_factory.h"
 #include "frame/oem_ui_plugin.h"
-#include "frame/text_format.h"
+#include "base/text_format.h"
 #include "support/host_fixtures.h"
 
 TEST(PluginLifetime, FinalReleaseDestroysTheSharedConfigurationExactlyOnce) {

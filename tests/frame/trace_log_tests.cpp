@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "config/spooler.h"
-#include "frame/text_format.h"
-#include "frame/trace_log.h"
+#include "base/spooler.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
+#include "config/version_string.h"
 #include "support/wine_environment.h"
 
 using testenv::TraceLog;

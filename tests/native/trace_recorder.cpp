@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "frame/trace_log.h"
+#include "base/trace_log.h"
 
 namespace trace_recorder {
 namespace {

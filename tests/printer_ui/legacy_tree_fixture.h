@@ -17,7 +17,7 @@
 #include "config/config_lifecycle.h"
 #include "config/ui_config.h"
 #include "embosser_simulator.h"
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 #include "printer_ui/printer_property_page.h"
 #include "support/host_fixtures.h"
 #include "support/wine_environment.h"

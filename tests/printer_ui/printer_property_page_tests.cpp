@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "config/spooler.h"
+#include "base/spooler.h"
 #include "printer_ui/printer_ui_callbacks.h"  // OEMPrinterUICallBack
 #include "support/spooler_doubles.h"
 

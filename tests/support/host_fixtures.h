@@ -10,7 +10,7 @@
 #include <string>
 #include <utility>
 
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 #include "support/wine_environment.h"
 
 namespace testenv {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "config/spooler.h"
+#include "base/spooler.h"
 
 namespace testenv {
 

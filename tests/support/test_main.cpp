@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "frame/module_state.h"
+#include "base/module_state.h"
 
 int main(int argc, char** argv) {
     ghInstance = GetModuleHandleW(nullptr);

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "frame/printer_oem_ui.h"
+#include "base/printer_oem_ui.h"
 
 namespace ozdkhost {
 

@@ -28,9 +28,9 @@
 
 #include "device/device_settings_store.h"
 #include "device/legacy_transports.h"
-#include "frame/trace_log.h"
+#include "base/trace_log.h"
 #include "embosser_simulator.h"
-#include "frame/module_state.h"
+#include "base/module_state.h"
 
 namespace {
 

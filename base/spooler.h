@@ -7,7 +7,7 @@
 #include <windows.h>
 #include <winspool.h>
 
-#include "frame/unique_handle.h"
+#include "base/unique_handle.h"
 
 class Spooler {
 public:

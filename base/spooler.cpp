@@ -1,4 +1,4 @@
-#include "config/spooler.h"
+#include "base/spooler.h"
 
 namespace {
 Spooler gWinspool;

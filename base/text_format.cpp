@@ -1,4 +1,4 @@
-#include "frame/text_format.h"
+#include "base/text_format.h"
 
 #include <cstdio>
 #include <cwchar>

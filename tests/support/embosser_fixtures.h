@@ -1,5 +1,6 @@
-// Shared pieces of the embosser-link tests: a UIConfig attached to a test printer, a
-// simulator that must start, a clock, and counting trace lines.
+// What the tests of the embosser link share: a UIConfig attached to a test printer, a
+// simulator that must start, the PJL bytes the printer receives, a clock, and counting
+// trace lines. Programs that include it link the simulator's core.
 #pragma once
 
 #include <winsock2.h>
@@ -16,6 +17,10 @@
 #include "support/wine_environment.h"
 
 namespace devicetest {
+
+// One "@PJL DEFAULT" command and the commit, as the printer receives them.
+inline std::string Default(const std::string& setting) { return "\x1b%-12345X@PJL DEFAULT " + setting + "\r\n"; }
+inline const std::string kServiceUpdate = "\x1b%-12345X@PJL SERVICE UPDATE\r\n";
 
 // A zero-filled record of the printer, as CreateConfig leaves it before any device read.
 inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) {
