@@ -178,26 +178,17 @@ void OverrideFromDevMode(UIConfig* config) {
 #undef OZDK_DEVMODE_FIELD
 
 // "EmbsrBrailleTable" of the top-level printer data, as stored: no default, no write-back.
-// A longer value is cut; anything but a string leaves the field empty.
+// A value that cannot be read in 520 bytes, or is not a string, leaves the field empty.
 void ReadBrailleTableName(UIConfig* config) {
     wchar_t* table = config->EmbsrBrailleTable;
     DWORD type = 0;
     DWORD needed = 0;
     const DWORD status = Spool().GetPrinterDataW(config->hPrinter, L"EmbsrBrailleTable", &type,
                                                  reinterpret_cast<BYTE*>(table), kTextBytes, &needed);
-    const bool isString = type == REG_SZ || type == REG_EXPAND_SZ;
-    if (status == ERROR_SUCCESS && isString) {
+    if (status == ERROR_SUCCESS && (type == REG_SZ || type == REG_EXPAND_SZ)) {
         TerminateReadString(table, kTextCapacity, needed);
-        return;
-    }
-    table[0] = L'\0';
-    if (status != ERROR_MORE_DATA || !isString || needed == 0) {
-        return;
-    }
-    HeapBuffer whole(needed + sizeof(wchar_t));
-    if (whole && Spool().GetPrinterDataW(config->hPrinter, L"EmbsrBrailleTable", &type, whole.bytes(), needed,
-                                         &needed) == ERROR_SUCCESS) {
-        CopyCutString(table, kTextCapacity, whole.bytes(), needed);
+    } else {
+        table[0] = L'\0';
     }
 }
 

@@ -55,15 +55,14 @@ void Bind(HMODULE library, const char* name, Function& slot) {
     slot = reinterpret_cast<Function>(GetProcAddress(library, name));
 }
 
-// The language chosen at installation: "Locale" of the setup key, else "en_us".
+// The language chosen at installation: "Locale" of the setup key; "en_us" only when the
+// key or the value is missing (a value that cannot be read gives an empty name).
 void ReadLocaleName(wchar_t* name, wchar_t* keyPath, size_t keyPathCapacity) {
     FormatWide(keyPath, keyPathCapacity, L"%s\\%s", kMakerKey, kSetupKey);
     HKEY key = nullptr;
     name[0] = L'\0';
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath, 0, KEY_READ, &key) == ERROR_SUCCESS) {
-        ReadRegistryString(L"Locale", name, kLocaleNameBytes, key);
-    }
-    if (name[0] == L'\0') {
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath, 0, KEY_READ, &key) != ERROR_SUCCESS ||
+        ReadRegistryString(L"Locale", name, kLocaleNameBytes, key) == ERROR_FILE_NOT_FOUND) {
         CopyWide(name, kLocaleNameBytes / sizeof(wchar_t), kDefaultLocale);
     }
 }

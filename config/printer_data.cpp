@@ -36,28 +36,10 @@ bool ReadConfigDword(HANDLE printer, const wchar_t* name, uint32_t* value) {
     uint32_t read = 0;
     const DWORD status = Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, reinterpret_cast<BYTE*>(&read),
                                                    sizeof(read), &needed);
-    if (status != ERROR_SUCCESS || type != REG_DWORD || needed != sizeof(read)) {
-        return false;
+    if (status != ERROR_SUCCESS || needed != sizeof(read)) {
+        return false;  // a 4-byte value of another type is read as it stands
     }
     *value = read;
-    return true;
-}
-
-// A string value longer than the caller's buffer: read it whole and keep what fits.
-bool ReadConfigStringCut(HANDLE printer, const wchar_t* name, wchar_t* destination, DWORD capacity) {
-    DWORD type = 0;
-    DWORD needed = 0;
-    Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, nullptr, 0, &needed);
-    if (needed == 0) {
-        return false;
-    }
-    HeapBuffer whole(needed + sizeof(wchar_t));
-    if (!whole || Spool().GetPrinterDataExW(printer, kConfigKey, name, &type, whole.bytes(), needed, &needed) !=
-                      ERROR_SUCCESS ||
-        type != REG_SZ) {
-        return false;
-    }
-    CopyCutString(destination, capacity, whole.bytes(), needed);
     return true;
 }
 
@@ -142,10 +124,7 @@ void GetPrinterDataString(HANDLE printer, const wchar_t* name, wchar_t* destinat
         TerminateReadString(destination, capacityBytes / sizeof(wchar_t), needed);
         return;
     }
-    if (status == ERROR_MORE_DATA && type == REG_SZ &&
-        ReadConfigStringCut(printer, name, destination, capacityBytes / sizeof(wchar_t))) {
-        return;
-    }
+    // Any failure, a value longer than the buffer included, takes the default.
     CopyWide(destination, kCapacity, defaultValue);
     SetPrinterDataString(printer, name, destination, static_cast<DWORD>(wcslen(destination)));
 }
@@ -153,15 +132,12 @@ void GetPrinterDataString(HANDLE printer, const wchar_t* name, wchar_t* destinat
 DWORD GetPrinterDataInteger2(HANDLE printer, const wchar_t* name, uint32_t* destination, uint32_t defaultValue) {
     DWORD type = 0;
     DWORD needed = 0;
-    uint32_t read = *destination;
-    DWORD status = Spool().GetPrinterDataW(printer, name, &type, reinterpret_cast<BYTE*>(&read), sizeof(read), &needed);
-    if (status == ERROR_SUCCESS && (type != REG_DWORD || needed != sizeof(read))) {
-        status = ERROR_INVALID_DATA;
-        read = *destination;
-    }
+    uint32_t read = 0;
+    const DWORD status =
+        Spool().GetPrinterDataW(printer, name, &type, reinterpret_cast<BYTE*>(&read), sizeof(read), &needed);
     Trace(L"GetPrinterDataInteger2(): %d=GetPrinterData(), %s=%d\n", status, name, read);
-    if (status == ERROR_SUCCESS) {
-        *destination = read;
+    if (status == ERROR_SUCCESS && needed == sizeof(read)) {
+        *destination = read;  // whatever its type
         return 0;
     }
     *destination = defaultValue;

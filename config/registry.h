@@ -8,12 +8,9 @@
 // the terminator fits.
 void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead);
 
-// Copies a string value of `bytes` bytes that was read whole into a buffer of
-// `capacity` characters: what does not fit is cut, and the copy is terminated.
-void CopyCutString(wchar_t* destination, DWORD capacity, const BYTE* value, DWORD bytes);
-
 // The registry string reader: reads the string value `name` of the open key into
-// `destination` (capacity in bytes, at least 2), always terminated, a longer value cut to
-// fit. Closes the key whatever the outcome. Returns the query's status; a value that is
-// not a string gives ERROR_INVALID_DATA and leaves `destination` empty.
+// `destination` (capacity in bytes, at least 2) and closes the key whatever the outcome.
+// Returns the query's status: a value longer than the buffer cannot be read
+// (ERROR_MORE_DATA). `destination` is always terminated; it is left empty when the
+// query fails or the value is not a string.
 LONG ReadRegistryString(const wchar_t* name, wchar_t* destination, DWORD capacityBytes, HKEY key);

@@ -331,23 +331,29 @@ TEST(CreateConfig, APrinterWithoutItsConfigKeyIsRepairedByThePeripheralInstaller
     testenv::DeleteRegTree(HKEY_CURRENT_USER, OZDK_INSTALLER_RECORD_KEY);
 }
 
-TEST(CreateConfig, OversizeAndUnterminatedTextsAreCutAndTerminated) {
+// Values too long for their field cannot be read: the stored string falls back to its
+// default, the user's pattern to the stored one, the table name and the folder stay
+// empty. Unterminated ones are terminated; values of the wrong kind are not taken.
+TEST(CreateConfig, TextsThatCannotBeReadWholeAreNotTakenAndUnterminatedOnesAreTerminated) {
     CleanMachine machine;
     RegistryValue ksDir(HKEY_LOCAL_MACHINE, kMakerKey, L"KSDir");
     const std::wstring longText(400, L'k');
     {
         TestPrinter printer;
         StoreValue(printer.handle(), nullptr, L"EmbsrBrailleTable", REG_SZ, longText.c_str(), 2 * 400);
+        StoreValue(printer.handle(), L"Config", L"CustomMediaType", REG_SZ, longText.c_str(), 2 * 400);
         const int32_t half[1] = {215900};  // a paper size of the wrong size takes the default
         StoreValue(printer.handle(), L"Config", L"PaperSize", REG_BINARY, half, sizeof(half));
         ksDir.SetString(longText);
         machine.pattern.SetString(longText);
         Owner owner(printer);
         ASSERT_EQ(owner.Create(), 1);
-        EXPECT_EQ(std::wstring(owner.config->EmbsrBrailleTable), longText.substr(0, kTextCapacity - 1));
-        EXPECT_EQ(std::wstring(owner.config->KSDir), longText.substr(0, kTextCapacity - 1));
-        EXPECT_EQ(std::wstring(owner.config->CustomPatternFileName),
-                  (PatternFolder() + longText).substr(0, kTextCapacity - 1));
+        EXPECT_STREQ(owner.config->EmbsrBrailleTable, L"");
+        EXPECT_STREQ(owner.config->KSDir, L"");
+        EXPECT_STREQ(owner.config->CustomMediaType, L"");
+        EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomMediaType").AsString(), L"");
+        EXPECT_STREQ(owner.config->CustomPatternFileName, kDefaultPattern);
+        EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomPatternFileName").AsString(), kDefaultPattern);
         EXPECT_EQ(owner.config->PaperSize.cx, 210000);
         EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"PaperSize").data.size(), 8u);
         EXPECT_STREQ(owner.config->FormName, L"A4");

@@ -72,7 +72,8 @@ TEST(Localisation, TranslatesStringsAndCaptionsThroughTheLocaleLibrary) {
     EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale de_de"));
 }
 
-// The table has no "Caption" entry for Form Width, and no "Locale" value is set.
+// The table has no "Caption" entry for Form Width; "en_us" stands in only for a missing
+// "Locale" value.
 TEST(Localisation, AMissingCaptionIsNullWhileTheStringFallsBackAndTheLocaleIsEnglishUs) {
     Localised localised(L"ozdkrnlcl.dll");
     ASSERT_NE(localised.config()->hLcl, nullptr);
@@ -81,6 +82,10 @@ TEST(Localisation, AMissingCaptionIsNullWhileTheStringFallsBackAndTheLocaleIsEng
     EXPECT_STREQ(GetLocalString(localised.config(), IDS_FORM_WIDTH), L"Form Width");
     EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale en_us"));
     EXPECT_FALSE(localised.maker().WasAsked(L"InitLocale de_de"));
+
+    Localised empty(L"ozdkrnlcl.dll", kTable, L"");  // a value that is there, if empty, is taken
+    EXPECT_TRUE(empty.maker().WasAsked(L"InitLocale "));
+    EXPECT_FALSE(empty.maker().WasAsked(L"InitLocale en_us"));
 }
 
 TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
