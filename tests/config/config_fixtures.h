@@ -1,6 +1,6 @@
-// What the configuration tests share: the host's call block, registry values of a test,
-// the companion stand-in libraries' places, the maker's folder, and a spooler that
-// records reads and can withhold a few answers.
+// What the configuration tests share: registry values of a test, the companion stand-in
+// libraries' places, the maker's folder, and a spooler that records reads and can
+// withhold a few answers.
 #pragma once
 
 #include <windows.h>
@@ -10,14 +10,10 @@
 #include <iterator>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "config/ui_config.h"
-#include "base/printer_oem_ui.h"
 #include "support/host_fixtures.h"
 #include "support/spooler_doubles.h"
-#include "support/wine_environment.h"
 
 namespace configtest {
 
@@ -26,17 +22,18 @@ inline constexpr const wchar_t* kSetupKey = L"SOFTWARE\\Kestrova\\QuorlSetup";
 inline constexpr const wchar_t* kPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
 
 using testenv::HostHeap;
+using testenv::MakeParam;
 using PlacedFile = testenv::PlacedCompanion;
 
-inline std::wstring BuildPath(const std::wstring& relative) { return testenv::BuildFilePath(relative); }
+inline std::wstring StandIn(const std::wstring& relative) {
+    return testenv::BuildFilePath(L"tests\\standins\\" + relative);
+}
 inline std::wstring LocaleLibraryPath() { return testenv::PrinterDriverDirectory() + L"\\3\\ozdkrnlcl.dll"; }
 inline std::wstring PeripheralInstallerPath() {
     wchar_t directory[MAX_PATH] = {};
     GetSystemDirectoryW(directory, MAX_PATH);
     return std::wstring(directory) + L"\\ozdkrnpi.dll";
 }
-
-using testenv::MakeParam;
 
 // Stores a printer-data value as a test's precondition; `key` null: top-level data.
 inline void StoreValue(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const void* data,
@@ -52,28 +49,19 @@ inline void StoreConfigDword(HANDLE printer, const wchar_t* name, DWORD value) {
     StoreValue(printer, L"Config", name, REG_DWORD, &value, sizeof(value));
 }
 
-// One registry value a test sets; removed when the object goes (the throwaway prefix of
-// the run holds none of the maker's values).
+// One registry value a test sets; removed before and after (the throwaway prefix of the
+// run holds none of the maker's values).
 class RegistryValue {
 public:
-    RegistryValue(HKEY root, std::wstring path, const wchar_t* name) : root_(root), path_(std::move(path)), name_(name) {
+    RegistryValue(HKEY root, std::wstring path, const wchar_t* name) : root_(root), path_(path), name_(name) {
         Remove();
     }
     ~RegistryValue() { Remove(); }
-    RegistryValue(const RegistryValue&) = delete;
-    RegistryValue& operator=(const RegistryValue&) = delete;
-
     void SetString(const std::wstring& value) const { testenv::WriteRegString(root_, path_, name_, value); }
     void SetBytes(DWORD type, const void* data, DWORD size) const {
         testenv::WriteRegBytes(root_, path_, name_, type, data, size);
     }
-    void Remove() const {
-        HKEY key = nullptr;
-        if (RegOpenKeyExW(root_, path_.c_str(), 0, KEY_SET_VALUE, &key) == ERROR_SUCCESS) {
-            RegDeleteValueW(key, name_);
-            RegCloseKey(key);
-        }
-    }
+    void Remove() const { RegDeleteKeyValueW(root_, path_.c_str(), name_); }
 
 private:
     HKEY root_;
@@ -93,13 +81,6 @@ public:
     }
     const std::wstring& path() const { return path_; }
     std::wstring LocaleFolder() const { return path_ + L"\\Quorl\\Test Embosser\\Locale"; }
-
-    // Writes the locale stand-in's table (UTF-16 with byte-order mark).
-    void WriteLocaleTable(const std::wstring& text) const {
-        std::ofstream file((LocaleFolder() + L"\\locale.ini").c_str(), std::ios::binary);
-        const std::wstring marked = L"\xFEFF" + text;
-        file.write(reinterpret_cast<const char*>(marked.data()), static_cast<std::streamsize>(marked.size() * 2));
-    }
 
     // True when the locale stand-in logged exactly `request` (ASCII) as one of its calls.
     bool WasAsked(const std::wstring& request) const {
@@ -153,7 +134,6 @@ public:
         if (paperNamesAnswer != -2 && capability == DC_PAPERNAMES) return paperNamesAnswer;
         return Spooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
     }
-
     const testenv::RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const {
         for (const auto& write : writes) {
             if (write.key == (key != nullptr ? key : L"") && write.name == name) return &write;

@@ -153,8 +153,14 @@ TEST(CreateConfig, OnAPrinterWithoutStoredValuesWritesBackEveryDefault) {
     EXPECT_STREQ(config->LineSpacingText, L"0.00");
 }
 
-TEST(CreateConfig, APrinterWithEveryValueStoredIsReadAsItIsAndNothingIsWritten) {
-    CleanMachine machine;
+// Stored values are read as they are and nothing is written; the locale library is bound;
+// later calls through the same owner share the record without reading again; DestroyConfig
+// frees it whatever the count, with the libraries it holds.
+TEST(CreateConfig, ReadsStoredValuesOnceSharesTheRecordAndDestroyFreesIt) {
+    RegistryValue userPattern(HKEY_CURRENT_USER, kPatternsKey, L"CurrentPattern");
+    PlacedFile noInstaller(L"", PeripheralInstallerPath());
+    PlacedFile library(StandIn(L"locale_library\\ozdkrnlcl.dll"), LocaleLibraryPath());
+    MakerFolder maker;
     TestPrinter printer;
     {
         Owner first(printer);  // every value exists afterwards
@@ -168,8 +174,7 @@ TEST(CreateConfig, APrinterWithEveryValueStoredIsReadAsItIsAndNothingIsWritten) 
     StoreValue(printer.handle(), L"Config", L"PaperSize", REG_BINARY, letter, sizeof(letter));
     const wchar_t media[] = L"Thick Paper";
     StoreValue(printer.handle(), L"Config", L"CustomMediaType", REG_SZ, media, 2 * (DWORD)wcslen(media));
-    const DWORD formWidth = 171;
-    const DWORD lineSpacing = 3;
+    const DWORD formWidth = 171, lineSpacing = 3;
     StoreValue(printer.handle(), nullptr, L"EmbsrFormWidth", REG_DWORD, &formWidth, 4);
     StoreValue(printer.handle(), nullptr, L"EmbsrLineSpacing", REG_DWORD, &lineSpacing, 4);
     const wchar_t table[] = L"GERMAN";
@@ -182,7 +187,7 @@ TEST(CreateConfig, APrinterWithEveryValueStoredIsReadAsItIsAndNothingIsWritten) 
     TraceLog log;
     Owner owner(printer);
     ASSERT_EQ(owner.Create(), 1);
-    const UIConfig* config = owner.config;
+    UIConfig* const config = owner.config;
     EXPECT_EQ(config->MediaType, 268u);
     EXPECT_EQ(config->InterPoint, 1u);
     EXPECT_EQ(config->LoadedInterPoint, 1u);
@@ -197,37 +202,27 @@ TEST(CreateConfig, APrinterWithEveryValueStoredIsReadAsItIsAndNothingIsWritten) 
     EXPECT_STREQ(config->CustomPatternFileName, pattern);
     EXPECT_TRUE(spooler.writes.empty());
     EXPECT_FALSE(log.Contains("CreateConfig(): testRegistry failed"));
-}
-
-TEST(CreateConfig, ASecondCallSharesTheRecordAndDestroyFreesItWhateverTheCount) {
-    CleanMachine machine;
-    TestPrinter printer;
-    HostHeap heap;
-    OEMCUIPPARAM param = MakeParam(printer, heap.get());
-    UIConfig* config = nullptr;
-    ASSERT_EQ(CreateConfig(&param, &config), 1);
-    UIConfig* const first = config;
-    EXPECT_EQ(heap.BusyBlocks(), 1);
+    EXPECT_EQ(owner.heap.BusyBlocks(), 1);
+    EXPECT_NE(config->hLcl, nullptr);
+    EXPECT_TRUE(maker.WasAsked(L"Create " + maker.LocaleFolder() + L"|ozdkrnui"));
 
     StoreConfigDword(printer.handle(), L"MediaType", 270);
-    ConfigSpooler spooler;
-    {
-        testenv::SpoolerSwap swap(&spooler);
-        EXPECT_EQ(CreateConfig(&param, &config), 2);
-        EXPECT_EQ(CreateConfig(&param, &config), 3);
-    }
-    EXPECT_EQ(config, first);
+    spooler.reads.clear();
+    EXPECT_EQ(owner.Create(), 2);
+    EXPECT_EQ(owner.Create(), 3);
+    EXPECT_EQ(owner.config, config);
     EXPECT_EQ(config->UsageCount, 3u);
-    EXPECT_EQ(config->MediaType, 256u);
+    EXPECT_EQ(config->MediaType, 268u);
     EXPECT_TRUE(spooler.reads.empty());
-    EXPECT_TRUE(spooler.writes.empty());
 
-    // A language-monitor extension loaded meanwhile goes with the record.
-    config->hExtDLL = LoadLibraryW(BuildPath(L"tests\\standins\\peripheral_installer\\ozdkrnpi.dll").c_str());
+    config->hExtDLL = LoadLibraryW(StandIn(L"peripheral_installer\\ozdkrnpi.dll").c_str());
     ASSERT_NE(config->hExtDLL, nullptr);
     DestroyConfig(config);
-    EXPECT_EQ(heap.BusyBlocks(), 0);
+    owner.config = nullptr;
+    EXPECT_EQ(owner.heap.BusyBlocks(), 0);
     EXPECT_EQ(GetModuleHandleW(L"ozdkrnpi.dll"), nullptr);
+    EXPECT_TRUE(maker.WasAsked(L"Dispose"));
+    EXPECT_EQ(GetModuleHandleW(L"ozdkrnlcl.dll"), nullptr);
     DestroyConfig(nullptr);  // accepted and ignored
 }
 
@@ -293,7 +288,7 @@ TEST(CreateConfig, APrinterWithoutItsConfigKeyIsRepairedByThePeripheralInstaller
     PlacedFile noLocale(L"", LocaleLibraryPath());
     testenv::DeleteRegTree(HKEY_CURRENT_USER, OZDK_INSTALLER_RECORD_KEY);
     {
-        PlacedFile installer(BuildPath(L"tests\\standins\\peripheral_installer\\ozdkrnpi.dll"),
+        PlacedFile installer(StandIn(L"peripheral_installer\\ozdkrnpi.dll"),
                              PeripheralInstallerPath());
         ASSERT_TRUE(installer.placed());
 
@@ -319,7 +314,7 @@ TEST(CreateConfig, APrinterWithoutItsConfigKeyIsRepairedByThePeripheralInstaller
     }
     // A library without the export, and no library at all: the record is built anyway.
     for (bool wrongLibrary : {true, false}) {
-        PlacedFile placed(wrongLibrary ? BuildPath(L"tests\\standins\\locale_library\\ozdkrnlcl.dll") : L"",
+        PlacedFile placed(wrongLibrary ? StandIn(L"locale_library\\ozdkrnlcl.dll") : L"",
                           PeripheralInstallerPath());
         TestPrinter printer;
         Owner owner(printer);

@@ -4,35 +4,28 @@
 #include <memory>
 #include <string>
 
-#include "config/config_lifecycle.h"
+#include "base/text_format.h"
 #include "config/localisation.h"
 #include "config_fixtures.h"
-#include "base/text_format.h"
 #include "resources/resource_ids.h"
 
 using namespace configtest;
 
 namespace {
 
-const wchar_t kTable[] =
-    L"[Locales]\r\nList=en_us,de_de\r\n"
-    L"[Strings]\r\nForm Size=Formulargr\u00f6\u00dfe\r\nLayout=Seitenlayout\r\n"
-    L"[Caption]\r\nForm Size=Format\r\nLayout=Seite\r\n";
-
-// The locale library (a stand-in build, or none), the maker's folder with the locale
-// table, and a record bound through PrepareLocale.
+// The locale library (a stand-in build, or none), the maker's folder, a "Locale" value
+// (or none), and a record bound through PrepareLocale.
 class Localised {
 public:
-    explicit Localised(const wchar_t* library, const wchar_t* table = kTable, const wchar_t* locale = nullptr)
-        : placed_(library != nullptr ? BuildPath(std::wstring(L"tests\\standins\\locale_library\\") + library)
+    explicit Localised(const wchar_t* library, const wchar_t* locale = nullptr, bool localeFolder = true)
+        : placed_(library != nullptr ? StandIn(std::wstring(L"locale_library\\") + library)
                                      : std::wstring(),
                   LocaleLibraryPath()),
           localeValue_(HKEY_LOCAL_MACHINE, kSetupKey, L"Locale"),
           config_(new UIConfig{}) {
-        if (table != nullptr) maker_.WriteLocaleTable(table);
         if (locale != nullptr) localeValue_.SetString(locale);
         config_->hModule = GetModuleHandleW(nullptr);
-        CopyWide(config_->KSDir, kTextCapacity, maker_.path().c_str());
+        CopyWide(config_->KSDir, kTextCapacity, (maker_.path() + (localeFolder ? L"" : L"\\elsewhere")).c_str());
         CopyWide(config_->DriverName, kTextCapacity, L"Test Embosser");
         PrepareLocale(heap_.get(), config_.get());
     }
@@ -40,13 +33,11 @@ public:
 
     UIConfig* config() { return config_.get(); }
     const MakerFolder& maker() const { return maker_; }
-
     std::wstring String(UINT id) { return Take(LoadLocalString(config_.get(), heap_.get(), id)); }
-    // "(null)" stands for no text at all.
     std::wstring Caption(UINT id) { return Take(LoadLocalCaption(config_.get(), heap_.get(), id)); }
 
 private:
-    std::wstring Take(wchar_t* text) {
+    std::wstring Take(wchar_t* text) {  // "(null)" stands for no text at all
         if (text == nullptr) return L"(null)";
         std::wstring copy = text;
         HeapFree(heap_.get(), 0, text);
@@ -62,14 +53,22 @@ private:
 
 }  // namespace
 
-TEST(Localisation, TranslatesStringsAndCaptionsThroughTheLocaleLibrary) {
-    Localised localised(L"ozdkrnlcl.dll", kTable, L"de_de");
+TEST(Localisation, TranslatesStringsCaptionsAndDialogsThroughTheLocaleLibrary) {
+    Localised localised(L"ozdkrnlcl.dll", L"de_de");
     ASSERT_NE(localised.config()->hLcl, nullptr);
     EXPECT_EQ(localised.String(IDS_FORM_SIZE), L"Formulargr\u00f6\u00dfe");
     EXPECT_EQ(localised.Caption(IDS_FORM_SIZE), L"Format");
     EXPECT_STREQ(GetLocalString(localised.config(), IDS_PAGE_LAYOUT), L"Seitenlayout");
     EXPECT_TRUE(localised.maker().WasAsked(L"Create " + localised.maker().LocaleFolder() + L"|ozdkrnui"));
     EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale de_de"));
+
+    HWND window = CreateWindowW(L"STATIC", L"Layout", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(TranslateDialog(localised.config(), window));
+    wchar_t text[64] = {};
+    GetWindowTextW(window, text, 64);
+    EXPECT_STREQ(text, L"Seitenlayout");
+    DestroyWindow(window);
 }
 
 // The table has no "Caption" entry for Form Width; "en_us" stands in only for a missing
@@ -83,7 +82,7 @@ TEST(Localisation, AMissingCaptionIsNullWhileTheStringFallsBackAndTheLocaleIsEng
     EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale en_us"));
     EXPECT_FALSE(localised.maker().WasAsked(L"InitLocale de_de"));
 
-    Localised empty(L"ozdkrnlcl.dll", kTable, L"");  // a value that is there, if empty, is taken
+    Localised empty(L"ozdkrnlcl.dll", L"");  // a value that is there, if empty, is taken
     EXPECT_TRUE(empty.maker().WasAsked(L"InitLocale "));
     EXPECT_FALSE(empty.maker().WasAsked(L"InitLocale en_us"));
 }
@@ -92,16 +91,15 @@ TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
     const struct {
         const char* what;
         const wchar_t* library;
-        const wchar_t* table;
-        bool instance;
+        bool localeFolder, instance;
     } cases[] = {
-        {"no library", nullptr, kTable, false},
-        {"library without the string exports", L"ozdkrnlcl_partial.dll", kTable, true},
-        {"library that makes no instance", L"ozdkrnlcl.dll", nullptr, false},
+        {"no library", nullptr, true, false},
+        {"library without the string exports", L"ozdkrnlcl_partial.dll", true, true},
+        {"library that makes no instance", L"ozdkrnlcl.dll", false, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        Localised localised(c.library, c.table);
+        Localised localised(c.library, nullptr, c.localeFolder);
         EXPECT_EQ(localised.config()->hLcl != nullptr, c.instance);
         EXPECT_EQ(localised.String(IDS_FORM_SIZE), L"Form Size");
         EXPECT_EQ(localised.Caption(IDS_FORM_SIZE), L"Form Size");
@@ -116,34 +114,4 @@ TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
             for (int i = 0; i < kLocaleFunctionCount; ++i) EXPECT_EQ(slots[i], nullptr) << i;
         }
     }
-}
-
-TEST(Localisation, TranslatesADialogInPlaceWhenBound) {
-    Localised localised(L"ozdkrnlcl.dll");
-    HWND window = CreateWindowW(L"STATIC", L"Layout", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    ASSERT_NE(window, nullptr);
-    EXPECT_TRUE(TranslateDialog(localised.config(), window));
-    wchar_t text[64] = {};
-    GetWindowTextW(window, text, 64);
-    EXPECT_STREQ(text, L"Seitenlayout");
-    DestroyWindow(window);
-}
-
-TEST(Localisation, CreateConfigBindsTheLibraryAndDestroyConfigUnloadsIt) {
-    RegistryValue pattern(HKEY_CURRENT_USER, kPatternsKey, L"CurrentPattern");
-    PlacedFile noInstaller(L"", PeripheralInstallerPath());
-    PlacedFile library(BuildPath(L"tests\\standins\\locale_library\\ozdkrnlcl.dll"), LocaleLibraryPath());
-    MakerFolder maker;  // KSDir, read by CreateConfig itself
-    maker.WriteLocaleTable(kTable);
-    testenv::TestPrinter printer;
-    HostHeap heap;
-    OEMCUIPPARAM param = MakeParam(printer, heap.get());
-    UIConfig* config = nullptr;
-    ASSERT_EQ(CreateConfig(&param, &config), 1);
-    EXPECT_NE(config->hLcl, nullptr);
-    EXPECT_TRUE(maker.WasAsked(L"Create " + maker.LocaleFolder() + L"|ozdkrnui"));
-
-    DestroyConfig(config);
-    EXPECT_TRUE(maker.WasAsked(L"Dispose"));
-    EXPECT_EQ(GetModuleHandleW(L"ozdkrnlcl.dll"), nullptr);
 }

@@ -60,22 +60,16 @@ TEST(EnumPrinterPaperSizes, ListsThePrintersPaperNamesInSlotsOf64Characters) {
     EXPECT_EQ(small[0], L'#');
 }
 
-TEST(GetFormSize, GivesTheServersFormSizeOrNothing) {
-    TestPrinter printer;
-    const PaperDimensions a4 = GetFormSize(printer.handle(), L"A4");
-    EXPECT_EQ(a4.cx, 210000);
-    EXPECT_EQ(a4.cy, 297000);
-    const PaperDimensions unknown = GetFormSize(printer.handle(), L"No Such Form 42");
-    EXPECT_EQ(unknown.cx, 0);
-    EXPECT_EQ(unknown.cy, 0);
-}
-
+// The last form whose truncated size matches; the name is left alone when the printer
+// has no paper names to try.
 TEST(GetPrinterCurrentFormName, TakesTheLastFormWhoseTruncatedSizeMatches) {
     const struct {
         const char* what;
         PaperDimensions paper;
         std::map<std::wstring, SIZEL> formSizes;
         const wchar_t* expected;
+        bool withholdDevMode = false;
+        int paperNames = -2;  // -2: as the printer says
     } cases[] = {
         {"A4", {210000, 297000}, {}, L"A4"},
         {"Letter and Letter Small are alike: the later wins", {215900, 279400}, {}, L"Letter Small"},
@@ -84,38 +78,30 @@ TEST(GetPrinterCurrentFormName, TakesTheLastFormWhoseTruncatedSizeMatches) {
         {"truncated, not rounded", {210000, 297000}, {{L"A4", {210099, 297099}}}, L"A4"},
         {"just below", {210000, 297000}, {{L"A4", {209999, 297000}}}, L"Letter"},
         {"the size is compared exactly", {210050, 297000}, {{L"A4", {210050, 297000}}}, L"Letter"},
+        {"no default device mode", {210000, 297000}, {}, L"As it was", true},
+        {"no paper names", {210000, 297000}, {}, L"As it was", false, 0},
+        {"capability fails", {210000, 297000}, {}, L"As it was", false, -1},
     };
     TestPrinter printer;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         ConfigSpooler spooler;
         spooler.formSizes = c.formSizes;
-        testenv::SpoolerSwap swap(&spooler);
-        wchar_t name[kFormNameCapacity];
-        wmemset(name, L'#', kFormNameCapacity);
-        EXPECT_EQ(GetPrinterCurrentFormName(printer.handle(), c.paper, name), 4);
-        EXPECT_STREQ(name, c.expected);
-    }
-}
-
-TEST(GetPrinterCurrentFormName, LeavesTheNameAloneWhenThePrinterHasNoPaperNames) {
-    const struct {
-        const char* what;
-        bool withholdDevMode;
-        int paperNames;  // -2: as the printer says
-    } cases[] = {{"no default device mode", true, -2}, {"no paper names", false, 0}, {"capability fails", false, -1}};
-    TestPrinter printer;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        ConfigSpooler spooler;
         spooler.withholdDevMode = c.withholdDevMode;
         spooler.paperNamesAnswer = c.paperNames;
         testenv::SpoolerSwap swap(&spooler);
         wchar_t name[kFormNameCapacity] = L"As it was";
-        EXPECT_EQ(GetPrinterCurrentFormName(printer.handle(), {210000, 297000}, name), 0);
-        EXPECT_STREQ(name, L"As it was");
+        const bool named = c.paperNames == -2 && !c.withholdDevMode;
+        EXPECT_EQ(GetPrinterCurrentFormName(printer.handle(), c.paper, name), named ? 4 : 0);
+        EXPECT_STREQ(name, c.expected);
         DWORD bytes = 7;
-        EXPECT_EQ(EnumPrinterPaperSizes(printer.handle(), nullptr, &bytes, nullptr), 0);
-        EXPECT_EQ(bytes, 0u);
+        EXPECT_EQ(EnumPrinterPaperSizes(printer.handle(), nullptr, &bytes, nullptr), named ? 4 : 0);
+        EXPECT_EQ(bytes, named ? 4u * 128u : 0u);
     }
+    const PaperDimensions a4 = GetFormSize(printer.handle(), L"A4");
+    EXPECT_EQ(a4.cx, 210000);
+    EXPECT_EQ(a4.cy, 297000);
+    const PaperDimensions unknown = GetFormSize(printer.handle(), L"No Such Form 42");
+    EXPECT_EQ(unknown.cx, 0);
+    EXPECT_EQ(unknown.cy, 0);
 }
