@@ -1,0 +1,84 @@
+// The ground the frame stands on (trace log, text formatting, the version string) and
+// the plug-in object's ownership of the configuration record.
+#include <gtest/gtest.h>
+
+#include "base/spooler.h"
+#include "base/text_format.h"
+#include "base/trace_log.h"
+#include "config/config_lifecycle.h"
+#include "config/version_string.h"
+#include "frame/oem_ui_plugin.h"
+#include "support/host_fixtures.h"
+
+using testenv::TraceLog;
+
+TEST(TraceLog, WritesEachLineAsFormattedWithWindowsConventionsAndIsSilentWithoutTheMakerFolder) {
+    TraceLog log;
+    Trace(L"CreateConfig(): usage count=%d\n", 2);
+    Trace(L"CreateConfig(): pPrinterName=%ws\n", L"Embosser 1");
+    Trace(L"UpdateLegacyConfigString(): @PJL DEFAULT %s=%S\n", L"MEDIATYPE", "PLAIN");
+    {
+        testenv::MakerFolderHidden hidden;
+        Trace(L"DestroyConfig(): usage count=%d\n", 3);
+        EXPECT_EQ(GetFileAttributesW(TraceLog::Folder().c_str()), INVALID_FILE_ATTRIBUTES) << "not made by the log";
+    }
+    EXPECT_EQ(log.Lines(), (std::vector<std::string>{"CreateConfig(): usage count=2",
+                                                     "CreateConfig(): pPrinterName=Embosser 1",
+                                                     "UpdateLegacyConfigString(): @PJL DEFAULT MEDIATYPE=PLAIN"}));
+}
+
+TEST(TextFormat, CutsAndTerminatesWhatDoesNotFit) {
+    wchar_t buffer[8];
+    EXPECT_EQ(FormatWide(buffer, 8, L"%s", L"abcdefghij"), -1);
+    EXPECT_STREQ(buffer, L"abcdefg");
+    char narrow[6];
+    EXPECT_EQ(FormatNarrow(narrow, 6, "%ws=%u", L"KEY", 12345u), -1);
+    EXPECT_STREQ(narrow, "KEY=1");
+    EXPECT_FALSE(CopyWide(buffer, 3, L"abc"));
+    EXPECT_STREQ(buffer, L"ab");
+}
+
+// Reports driver version 3.2.1.0 for every printer, which Wine's spooler does not keep.
+struct VersionedDriverSpooler : Spooler {
+    BOOL GetPrinterDriverW(HANDLE, const wchar_t*, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
+        *needed = sizeof(DRIVER_INFO_6W);
+        if (level != 6 || size < *needed) return SetLastError(ERROR_INSUFFICIENT_BUFFER), FALSE;
+        reinterpret_cast<DRIVER_INFO_6W*>(buffer)->dwlDriverVersion = 0x0003000200010000;
+        return TRUE;
+    }
+};
+
+TEST(FileVersionString, ComesFromThePrintersDriverVersionElseFromTheInstalledModulesVersionResource) {
+    VersionedDriverSpooler spooler;
+    UIConfig config = {};
+    config.hPrinter = reinterpret_cast<HANDLE>(1);
+    TraceLog log;
+    SetSpoolerForTesting(&spooler);
+    const wchar_t* first = GetFileVersionString(&config);
+    SetSpoolerForTesting(nullptr);
+    EXPECT_STREQ(first, L"3.2.1.0");
+    EXPECT_EQ(log.Lines(), std::vector<std::string>{"GetFileVersionString(): 0.0.0.0"});
+    EXPECT_STREQ(GetFileVersionString(nullptr), L"1.4.7.0") << "the resource of the plug-in in the driver folder";
+    EXPECT_EQ(GetFileVersionString(nullptr), first) << "one shared buffer";
+}
+
+// The record the pages attach through the object's config slot is destroyed exactly
+// once, by the final Release.
+TEST(PluginLifetime, FinalReleaseDestroysTheSharedConfigurationExactlyOnce) {
+    testenv::TestPrinter printer;
+    testenv::HostHeap heap;
+    auto* plugin = new OemUIPlugin();  // with its creator's one reference
+    // Three pages attach the record through the object; the host holds one more reference.
+    TraceLog log;
+    OEMCUIPPARAM param = testenv::MakeParam(printer, heap.get());
+    for (int i = 1; i <= 3; ++i) EXPECT_EQ(CreateConfig(&param, plugin->ConfigSlot()), i);
+    char freeing[128];
+    FormatNarrow(freeing, sizeof(freeing), "DestroyConfig(): freeing pConfig=0x%p",
+                 static_cast<const void*>(*plugin->ConfigSlot()));
+    EXPECT_EQ(plugin->AddRef(), 2u);
+    EXPECT_EQ(plugin->Release(), 1u);
+    EXPECT_EQ(log.Count(freeing), 0) << "not before the final Release";
+    EXPECT_EQ(plugin->Release(), 0u);
+    EXPECT_EQ(log.Count(freeing), 1);
+    EXPECT_EQ(HeapValidate(heap.get(), 0, nullptr), TRUE);
+}
