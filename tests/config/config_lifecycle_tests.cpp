@@ -37,12 +37,8 @@ struct CleanMachine {
     PlacedFile noLocale{L"", LocaleLibraryPath()};
 };
 
-struct IntegerDefault {
-    const wchar_t* key;  // null: top-level printer data
-    const wchar_t* name;
-    uint32_t value;
-    size_t offset;
-};
+// `key` null: top-level printer data.
+struct IntegerDefault { const wchar_t* key; const wchar_t* name; uint32_t value; size_t offset; };
 
 #define CONFIG_DEFAULT(field, value) {L"Config", L## #field, value, offsetof(UIConfig, field)}
 #define EMBOSSER_DEFAULT(field, value) {nullptr, L## #field, value, offsetof(UIConfig, field)}

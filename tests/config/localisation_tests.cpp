@@ -88,11 +88,7 @@ TEST(Localisation, AMissingCaptionIsNullWhileTheStringFallsBackAndTheLocaleIsEng
 }
 
 TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
-    const struct {
-        const char* what;
-        const wchar_t* library;
-        bool localeFolder, instance;
-    } cases[] = {
+    const struct { const char* what; const wchar_t* library; bool localeFolder, instance; } cases[] = {
         {"no library", nullptr, true, false},
         {"library without the string exports", L"ozdkrnlcl_partial.dll", true, true},
         {"library that makes no instance", L"ozdkrnlcl.dll", false, false},

@@ -13,10 +13,7 @@ using namespace configtest;
 using testenv::TestPrinter;
 
 TEST(IsFormAboutSize, MatchesWithinOneUnitEitherWayRound) {
-    const struct {
-        PaperDimensions sf, df;
-        bool expected;
-    } cases[] = {
+    const struct { PaperDimensions sf, df; bool expected; } cases[] = {
         {{100, 200}, {201, 99}, true},    // turned, one unit off in both
         {{100, 200}, {102, 200}, false},  // two units off
         {{100, 200}, {101, 199}, true},   // bounds are inclusive

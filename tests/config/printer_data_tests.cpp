@@ -21,13 +21,8 @@ TEST(PrinterDataReaders, IntegersTakeTheirDefaultUnlessFourBytesCanBeRead) {
     const DWORD number = 258;
     const BYTE two[2] = {2, 1};
     const wchar_t text[] = L"12";
-    struct Case {
-        DWORD type;  // REG_NONE: nothing stored
-        const void* data;
-        DWORD size;
-        uint32_t expected;
-        const char* traced;  // the status and value traced by the top-level reader
-    } const cases[] = {
+    // REG_NONE: nothing stored; `traced`: the status and value the top-level reader traces.
+    struct Case { DWORD type; const void* data; DWORD size; uint32_t expected; const char* traced; } const cases[] = {
         {REG_NONE, nullptr, 0, 256, "2=GetPrinterData(), MediaType=0"},
         {REG_DWORD, &number, 4, 258, "0=GetPrinterData(), MediaType=258"},
         {REG_BINARY, &number, 4, 258, "0=GetPrinterData(), MediaType=258"},
@@ -242,11 +237,7 @@ TEST(RegistryStringReader, ReturnsTheQuerysStatusTerminatesAndClosesTheKey) {
     testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Full", REG_SZ, longText.c_str(), 520);
     testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Long", REG_SZ, longText.c_str(), 600);
     testenv::WriteRegDword(HKEY_CURRENT_USER, path, L"Number", 7);
-    struct Case {
-        const wchar_t* name;
-        LONG status;
-        std::wstring expected;
-    } const cases[] = {
+    struct Case { const wchar_t* name; LONG status; std::wstring expected; } const cases[] = {
         {L"Unterminated", ERROR_SUCCESS, L"Quorl"},
         {L"Full", ERROR_SUCCESS, std::wstring(259, L'k')},
         {L"Long", ERROR_MORE_DATA, L""},

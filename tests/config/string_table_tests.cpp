@@ -9,11 +9,7 @@
 // and the texts are the keys of the translations: both must hold exactly. A few
 // representative entries of each kind.
 TEST(StringTable, HoldsTheTextsAtTheirFixedNumbers) {
-    const struct {
-        UINT id;
-        UINT number;
-        const wchar_t* text;
-    } cases[] = {
+    const struct { UINT id; UINT number; const wchar_t* text; } cases[] = {
         {IDS_LEGACY_SETTINGS, 4, L"Legacy Settings"},
         {IDS_FORM_SIZE, 50, L"Form Size"},
         {IDS_TABLE_ICELANDIC, 213, L"Islandic"},
