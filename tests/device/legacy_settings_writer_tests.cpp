@@ -91,8 +91,10 @@ TEST_F(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenT
 
     // Without a handle to start a job on, the printer is opened by its name.
     config->PrinterHandle = nullptr;
+    config->LegacyChanged = 1;
     UpdateLegacyConfig(*config, L"TOPMARGIN", 12);
     EXPECT_EQ(printer.Jobs(), Default("TOPMARGIN=12"));
+    EXPECT_EQ(config->LegacyChanged, 0u);
 }
 
 TEST_F(LegacyWriter, ApplyUpdatesTheFieldsButSendsNothingWhileTheDeviceSettingsAreUnknown) {
