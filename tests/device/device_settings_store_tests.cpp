@@ -149,7 +149,6 @@ TEST(GetQuorlSettings, AsksTheComponentThroughAFullAccessHandleAndTakesTheStored
     EXPECT_EQ(log.Count("GetLegacyData(): second try LegacyDataAvailable=0"), 2);
     EXPECT_TRUE(log.Contains("GetLegacyData(): second try LegacyDataAvailable=23"));
     EXPECT_TRUE(log.Contains("GetQuorlSettings(): nbrParms=23, count=19")) << log.Text();
-    EXPECT_EQ(config->LegacyParmCount, 23);
     EXPECT_EQ(config->EmbsrPaperWidth, 170);
     EXPECT_EQ(config->EmbsrTopMargin, 12);
     EXPECT_STREQ(config->SerialNumber, L"QX-0042");

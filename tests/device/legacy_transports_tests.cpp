@@ -21,10 +21,12 @@ TEST(IsNetworkPort, FindsTheAddressFromTheStandardTcpIpPortKeyOnly) {
     const uint32_t kUntouched = 0xA5A5A5A5;
     // `key`: the printer's port is a Standard TCP/IP port with these values; `listed`: what
     // follows the port's name in the port list; `address` kUntouched or 0: not found.
-    const struct { const char* what; bool key; const wchar_t *hostName, *ipAddress, *listed; uint32_t address; } cases[] = {
+    const struct { const char* what; bool key; const wchar_t *hostName, *ipAddress, *listed; uint32_t address; }
+    cases[] = {
         {"a port list is cut at its last comma", true, L"", L"10.0.0.9", L",COM1", Address(10, 0, 0, 9)},
         {"only the last comma cuts", true, L"", L"10.0.0.9", L",COM1,LPT1", kUntouched},
-        {"a host name that does not resolve is read as dotted text", true, L"10.0.0.9 (embosser)", L"", L"", Address(10, 0, 0, 9)},
+        {"a host name that does not resolve is read as dotted text", true, L"10.0.0.9 (embosser)", L"", L"",
+         Address(10, 0, 0, 9)},
         {"the host name goes before the IP address", true, L"127.0.0.5", L"10.0.0.9", L"", Address(127, 0, 0, 5)},
         {"an unusable host name falls back to the IP address", true, L"embosser (offline)", L"192.168.1.20", L"",
          Address(192, 168, 1, 20)},
