@@ -1,16 +1,16 @@
 // The native stand-in for the plug-in's trace log: every Trace call is kept in memory as
 // the line it renders, following the Windows conventions of the core's formats (%s wide,
-// %S 8-bit). Wide characters outside ASCII render as '?'.
+// %S 8-bit, %d). Wide characters outside ASCII render as '?'.
 #pragma once
 
 #include <string>
 
 namespace trace_recorder {
 
-// Forgets every line kept so far.
-void Clear();
+// Every line traced since it was last cleared.
+std::string& Text();
 
-// True when some line since the last Clear is exactly `text`.
-bool Contains(const std::string& text);
+// True when some line of Text() is exactly `line` (which ends with its "\n").
+bool Contains(const std::string& line);
 
 }  // namespace trace_recorder

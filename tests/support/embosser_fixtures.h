@@ -1,6 +1,6 @@
 // What the tests of the embosser link share: a UIConfig attached to a test printer, a
-// simulator that must start, the PJL bytes the printer receives, a clock, and counting
-// trace lines. Programs that include it link the simulator's core.
+// simulator that must start, the PJL bytes the printer receives, and a clock. Programs
+// that include it link the simulator's core.
 #pragma once
 
 #include <winsock2.h>
@@ -32,13 +32,10 @@ inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) 
     return config;
 }
 
+// An embosser on port 80 of `address` (loopback); an empty reply is the simulator's sample.
 inline embosser_sim::Options Simulating(const char* address, embosser_sim::Behaviour behaviour,
                                         std::string reply = std::string()) {
-    embosser_sim::Options options;
-    options.address = address;
-    options.behaviour = behaviour;
-    options.reply = std::move(reply);
-    return options;
+    return {address, 80, behaviour, std::move(reply)};
 }
 
 // A simulator that is running when this returns.
@@ -51,13 +48,6 @@ inline std::unique_ptr<embosser_sim::Simulator> StartSimulator(const embosser_si
 
 inline double SecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// Trace lines that begin with `prefix`.
-inline int CountLinesStartingWith(const testenv::TraceLog& log, const std::string& prefix) {
-    int count = 0;
-    for (const auto& line : log.Lines()) count += line.compare(0, prefix.size(), prefix) == 0 ? 1 : 0;
-    return count;
 }
 
 }  // namespace devicetest

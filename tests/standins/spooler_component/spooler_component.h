@@ -14,15 +14,15 @@
 
 namespace standin {
 
-// One printer-data value as the component stores it.
+// One printer-data value as the component stores it: a number, a text (with its
+// terminator) or any bytes.
 struct StoredValue {
+    StoredValue(const wchar_t* name, DWORD number);
+    StoredValue(const wchar_t* name, const std::wstring& text);
+    StoredValue(const wchar_t* name, DWORD type, std::vector<BYTE> data);
     std::wstring name;
     DWORD type;
     std::vector<BYTE> data;
-
-    static StoredValue Number(const wchar_t* name, DWORD value);
-    static StoredValue Text(const wchar_t* name, const std::wstring& text);  // with its terminator
-    static StoredValue Bytes(const wchar_t* name, DWORD type, std::vector<BYTE> data);
 };
 
 // What a typical embosser reports, in the component's terms (paper sizes in 1/720 inch):
@@ -32,36 +32,26 @@ struct StoredValue {
 // custom media 40..200, quality 2, duplex 2, output face 2.
 std::vector<StoredValue> TypicalStoredValues();
 
-// Replaces the value named like `value` in `values` (or adds it).
-void Replace(std::vector<StoredValue>& values, StoredValue value);
+// The component's answer: `values` in their order (a later one replaces an earlier one
+// of the same name), then "LegacyDataAvailable" = `parameterCount`.
+void Store(HANDLE printer, std::vector<StoredValue> values, DWORD parameterCount);
 
 class SpoolerComponent {
 public:
     static constexpr int kNever = -1;
 
     // Starts watching `printerName`. Each request (the value turning 0) is answered after
-    // `answerDelayMs` by storing `values` and then `parameterCount`; kNever: not answered.
+    // `answerDelayMs` by Store(values, parameterCount); kNever: not answered.
     SpoolerComponent(const std::wstring& printerName, std::vector<StoredValue> values, DWORD parameterCount,
                      int answerDelayMs);
     ~SpoolerComponent();
-    SpoolerComponent(const SpoolerComponent&) = delete;
-    SpoolerComponent& operator=(const SpoolerComponent&) = delete;
 
     int RequestCount() const { return requests_.load(); }
-    int AnswerCount() const { return answers_.load(); }
 
 private:
-    void Watch();
-    DWORD ReadAvailable(bool* present) const;
-    void Store();
-
     HANDLE printer_ = nullptr;
-    std::vector<StoredValue> values_;
-    DWORD parameterCount_;
-    int answerDelayMs_;
     std::atomic<bool> stopping_{false};
     std::atomic<int> requests_{0};
-    std::atomic<int> answers_{0};
     std::thread thread_;
 };
 
