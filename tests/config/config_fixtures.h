@@ -1,6 +1,5 @@
 // What the configuration tests share: registry values of a test, the companion stand-in
-// libraries' places, the maker's folder, and a spooler that records reads and can
-// withhold a few answers.
+// libraries' places and the maker's folder.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +7,7 @@
 
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <string>
-#include <vector>
 
 #include "support/host_fixtures.h"
 #include "support/spooler_doubles.h"
@@ -94,52 +91,6 @@ private:
     RegistryValue ksDir_{HKEY_LOCAL_MACHINE, kMakerKey, L"KSDir"};
 };
 
-// Records the printer-data reads besides the writes, and on request withholds the
-// printer's device mode or its paper names, or reports other form sizes.
-class ConfigSpooler : public testenv::RecordingSpooler {
-public:
-    std::vector<std::wstring> reads;          // value names
-    bool withholdDevMode = false;
-    int paperNamesAnswer = -2;                // other than -2: the answer to DC_PAPERNAMES
-    std::map<std::wstring, SIZEL> formSizes;  // form name -> size reported instead
-
-    BOOL GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
-        const BOOL result = Spooler::GetPrinterW(printer, level, buffer, size, needed);
-        if (result && withholdDevMode && level == 2 && buffer != nullptr) {
-            reinterpret_cast<PRINTER_INFO_2W*>(buffer)->pDevMode = nullptr;
-        }
-        return result;
-    }
-    DWORD GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
-                          DWORD* needed) override {
-        reads.push_back(name);
-        return Spooler::GetPrinterDataW(printer, name, type, data, size, needed);
-    }
-    DWORD GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
-                            DWORD size, DWORD* needed) override {
-        reads.push_back(name);
-        return Spooler::GetPrinterDataExW(printer, key, name, type, data, size, needed);
-    }
-    BOOL GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size,
-                  DWORD* needed) override {  // the plug-in asks for level 2
-        const BOOL result = Spooler::GetFormW(printer, form, level, buffer, size, needed);
-        const auto replaced = formSizes.find(form != nullptr ? form : L"");
-        if (result && buffer != nullptr && level == 2 && replaced != formSizes.end()) {
-            reinterpret_cast<FORM_INFO_2W*>(buffer)->Size = replaced->second;
-        }
-        return result;
-    }
-    int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
-                            const DEVMODEW* devmode) override {
-        if (paperNamesAnswer != -2 && capability == DC_PAPERNAMES) return paperNamesAnswer;
-        return Spooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
-    }
-    const testenv::RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const {
-        for (const auto& write : writes) {
-            if (write.key == (key != nullptr ? key : L"") && write.name == name) return &write;
-        }
-        return nullptr;
-    }
-};
+using ConfigSpooler = testenv::TestSpooler;
 
 }  // namespace configtest

@@ -10,7 +10,6 @@
 
 using configtest::StoreValue;
 using testenv::ReadPrinterData;
-using testenv::RecordingSpooler;
 using testenv::SpoolerSwap;
 using testenv::TestPrinter;
 using testenv::TraceLog;
@@ -75,7 +74,7 @@ TEST(PrinterDataReaders, StringsReadInTheFieldOrTakeTheDefault) {
         SCOPED_TRACE(c.description);
         TestPrinter printer;
         if (c.data != nullptr) StoreValue(printer.handle(), L"Config", L"CustomPatternFileName", c.type, c.data, c.size);
-        RecordingSpooler spooler;
+        testenv::TestSpooler spooler;
         SpoolerSwap swap(&spooler);
         wchar_t buffer[300];
         wmemset(buffer, L'#', 300);
@@ -118,7 +117,7 @@ TEST(PrinterDataWriters, EveryWriterRetriesOnceThroughAFullAccessReopen) {
         SCOPED_TRACE(testenv::Narrow(c.name));
         TestPrinter printer;
         TraceLog log;
-        RecordingSpooler spooler;
+        testenv::TestSpooler spooler;
         spooler.refuseWritesThrough = printer.handle();
         SpoolerSwap swap(&spooler);
         EXPECT_EQ(c.write(printer.handle()), 0u);
@@ -136,26 +135,6 @@ TEST(PrinterDataWriters, EveryWriterRetriesOnceThroughAFullAccessReopen) {
 }
 
 namespace {
-// Wine's spooler keeps printers it has opened cached and cannot delete printer data: this
-// one refuses to open a printer again on request, and records a deletion instead.
-class ReopenSpooler : public RecordingSpooler {
-public:
-    bool refuseOpen = false;
-    HANDLE deletedThrough = nullptr;
-    std::wstring deletedKey, deletedName;
-    BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) override {
-        if (!refuseOpen) return RecordingSpooler::OpenPrinterW(name, printer, defaults);
-        SetLastError(ERROR_INVALID_PRINTER_NAME);
-        return FALSE;
-    }
-    DWORD DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name) override {
-        deletedThrough = printer;
-        deletedKey = key;
-        deletedName = name;
-        return ERROR_SUCCESS;
-    }
-};
-
 UIConfig* RecordOf(const TestPrinter& printer) {
     static UIConfig config;
     config = UIConfig{};
@@ -178,8 +157,8 @@ TEST(PrinterDataWriters, AWriteThatCannotBeMadeReportsItsFailure) {
         EXPECT_EQ(log.Count("SetPrinterDataInteger(): 5=SetPrinterDataEx(), MediaType=258"), 2);
     }
     TraceLog log;
-    ReopenSpooler spooler;
-    spooler.refuseOpen = true;
+    testenv::TestSpooler spooler;
+    spooler.refuseFullAccess = true;
     spooler.refuseWritesThrough = printer.handle();
     SpoolerSwap swap(&spooler);
     EXPECT_EQ(SetPrinterDataInteger2(printer.handle(), L"EmbsrQuality", 2), DWORD(ERROR_ACCESS_DENIED));
@@ -207,13 +186,13 @@ TEST(MediaTypes, AreWrittenEnumeratedAsADoubleTerminatedListAndRemovedThroughARe
     EXPECT_EQ(EnumConfigMediaTypes(RecordOf(printer), list, nullptr), 12u);
     EXPECT_EQ(std::wstring(list, 7), std::wstring(L"A\0BC\0\0#", 7));
 
-    ReopenSpooler spooler;
+    testenv::TestSpooler spooler;
     SpoolerSwap swap(&spooler);
     EXPECT_EQ(RemoveConfigMediaType(L"BC", printer.handle()), 0u);
-    EXPECT_NE(spooler.deletedThrough, nullptr);
-    EXPECT_NE(spooler.deletedThrough, printer.handle());
-    EXPECT_EQ(spooler.deletedKey, L"Config\\MediaTypes");
-    EXPECT_EQ(spooler.deletedName, L"BC");
+    ASSERT_EQ(spooler.deletions.size(), 1u);
+    EXPECT_NE(spooler.deletions[0].printer, printer.handle()) << "through a reopened handle";
+    EXPECT_EQ(spooler.deletions[0].key, L"Config\\MediaTypes");
+    EXPECT_EQ(spooler.deletions[0].name, L"BC");
 }
 
 TEST(SetPrinterAsAdminTest, RewritesLevelTwoThroughAFullAccessHandle) {

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <vector>
 
-#include "base/spooler.h"
 #include "device/device_settings_store.h"
 #include "spooler_component.h"
 #include "support/spooler_doubles.h"
@@ -88,23 +87,6 @@ TEST(GetQuorlSettings, TakesOnlyACompleteReplyFromTheNetworkEmbosserAndNeverAsks
     }
 }
 
-namespace {
-// The full-access reopen fails, as it does on Windows for a user without rights to the
-// printer (Wine grants every handle full access).
-class ReopenRefusingSpooler : public Spooler {
-public:
-    BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) override {
-        if (defaults == nullptr || defaults->DesiredAccess != PRINTER_ALL_ACCESS) {
-            return Spooler::OpenPrinterW(name, printer, defaults);
-        }
-        ++refused;
-        SetLastError(ERROR_ACCESS_DENIED);
-        return FALSE;
-    }
-    int refused = 0;
-};
-}  // namespace
-
 TEST(GetQuorlSettings, AsksTheComponentThroughAFullAccessHandleAndTakesTheStoredValuesThatFit) {
     testenv::TestPrinter printer;
     standin::Store(printer.handle(), standin::TypicalStoredValues(), 7);  // what an earlier request left
@@ -120,12 +102,14 @@ TEST(GetQuorlSettings, AsksTheComponentThroughAFullAccessHandleAndTakesTheStored
     FillWithSentinels(*config);
     TraceLog log;
 
-    // Without the full-access handle the component is not asked; what it stored is read.
+    // Without the full-access handle (as on Windows for a user without rights to the
+    // printer) the component is not asked; what it stored is read.
     {
-        ReopenRefusingSpooler spooler;
+        testenv::TestSpooler spooler;
+        spooler.refuseFullAccess = true;
         testenv::SpoolerSwap swap(&spooler);
         EXPECT_FALSE(GetQuorlSettings(*config));
-        EXPECT_EQ(spooler.refused, 1);
+        EXPECT_EQ(spooler.refusedOpens, 1);
     }
     // 6120 / 36; the stored table's name is not looked up.
     EXPECT_EQ(DeviceNumbers(*config), (std::vector<int64_t>{0, 0, 0, 12, 7, 6, 8, 38, 27, 4, 0, 1, 3, 11, 220, 170, 2,

@@ -2,7 +2,7 @@
 // the plug-in object's ownership of the configuration record.
 #include <gtest/gtest.h>
 
-#include "base/spooler.h"
+#include "support/spooler_doubles.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
 #include "config/config_lifecycle.h"
@@ -38,18 +38,9 @@ TEST(TextFormat, CutsAndTerminatesWhatDoesNotFit) {
     EXPECT_STREQ(buffer, L"ab");
 }
 
-// Reports driver version 3.2.1.0 for every printer, which Wine's spooler does not keep.
-struct VersionedDriverSpooler : Spooler {
-    BOOL GetPrinterDriverW(HANDLE, const wchar_t*, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
-        *needed = sizeof(DRIVER_INFO_6W);
-        if (level != 6 || size < *needed) return SetLastError(ERROR_INSUFFICIENT_BUFFER), FALSE;
-        reinterpret_cast<DRIVER_INFO_6W*>(buffer)->dwlDriverVersion = 0x0003000200010000;
-        return TRUE;
-    }
-};
-
 TEST(FileVersionString, ComesFromThePrintersDriverVersionElseFromTheInstalledModulesVersionResource) {
-    VersionedDriverSpooler spooler;
+    testenv::TestSpooler spooler;  // Wine's spooler keeps no driver version
+    spooler.driverVersion = 0x0003000200010000;
     UIConfig config = {};
     config.hPrinter = reinterpret_cast<HANDLE>(1);
     TraceLog log;

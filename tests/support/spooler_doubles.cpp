@@ -1,29 +1,91 @@
 #include "support/spooler_doubles.h"
 
 #include <sddl.h>
+#include <winspool.h>
 
 namespace testenv {
 
-DWORD RecordingSpooler::Record(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const BYTE* data,
-                               DWORD size, DWORD status) {
-    RecordedWrite write{printer, key ? key : L"", name, type, std::vector<BYTE>(data, data + size), status};
-    writes.push_back(write);
+const RecordedWrite* TestSpooler::FindWrite(const wchar_t* key, const wchar_t* name) const {
+    for (const auto& write : writes) {
+        if (write.key == (key != nullptr ? key : L"") && write.name == name) return &write;
+    }
+    return nullptr;
+}
+
+BOOL TestSpooler::OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) {
+    if (refuseFullAccess && defaults != nullptr && defaults->DesiredAccess == PRINTER_ALL_ACCESS) {
+        ++refusedOpens;
+        SetLastError(ERROR_ACCESS_DENIED);
+        return FALSE;
+    }
+    return Spooler::OpenPrinterW(name, printer, defaults);
+}
+
+BOOL TestSpooler::GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) {
+    const BOOL result = Spooler::GetPrinterW(printer, level, buffer, size, needed);
+    if (result && withholdDevMode && level == 2 && buffer != nullptr) {
+        reinterpret_cast<PRINTER_INFO_2W*>(buffer)->pDevMode = nullptr;
+    }
+    return result;
+}
+
+DWORD TestSpooler::GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
+                                   DWORD* needed) {
+    reads.push_back(name);
+    return Spooler::GetPrinterDataW(printer, name, type, data, size, needed);
+}
+
+DWORD TestSpooler::GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
+                                     DWORD size, DWORD* needed) {
+    reads.push_back(name);
+    return Spooler::GetPrinterDataExW(printer, key, name, type, data, size, needed);
+}
+
+DWORD TestSpooler::SetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD type, const BYTE* data, DWORD size) {
+    const DWORD status = printer == refuseWritesThrough ? ERROR_ACCESS_DENIED
+                                                        : Spooler::SetPrinterDataW(printer, name, type, data, size);
+    writes.push_back({printer, L"", name, type, std::vector<BYTE>(data, data + size), status});
     return status;
 }
 
-DWORD RecordingSpooler::SetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD type, const BYTE* data,
-                                        DWORD size) {
-    const DWORD status = printer == refuseWritesThrough ? ERROR_ACCESS_DENIED
-                                                        : Spooler::SetPrinterDataW(printer, name, type, data, size);
-    return Record(printer, nullptr, name, type, data, size, status);
-}
-
-DWORD RecordingSpooler::SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type,
-                                          const BYTE* data, DWORD size) {
+DWORD TestSpooler::SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type,
+                                     const BYTE* data, DWORD size) {
     const DWORD status = printer == refuseWritesThrough
                              ? ERROR_ACCESS_DENIED
                              : Spooler::SetPrinterDataExW(printer, key, name, type, data, size);
-    return Record(printer, key, name, type, data, size, status);
+    writes.push_back({printer, key, name, type, std::vector<BYTE>(data, data + size), status});
+    return status;
+}
+
+DWORD TestSpooler::DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name) {
+    deletions.push_back({printer, key, name, REG_NONE, {}, ERROR_SUCCESS});
+    return ERROR_SUCCESS;
+}
+
+BOOL TestSpooler::GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size,
+                           DWORD* needed) {
+    const BOOL result = Spooler::GetFormW(printer, form, level, buffer, size, needed);
+    const auto replaced = formSizes.find(form != nullptr ? form : L"");
+    if (result && buffer != nullptr && level == 2 && replaced != formSizes.end()) {
+        reinterpret_cast<FORM_INFO_2W*>(buffer)->Size = replaced->second;
+    }
+    return result;
+}
+
+int TestSpooler::DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
+                                     const DEVMODEW* devmode) {
+    if (paperNamesAnswer != -2 && capability == DC_PAPERNAMES) return paperNamesAnswer;
+    return Spooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
+}
+
+BOOL TestSpooler::GetPrinterDriverW(HANDLE printer, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,
+                                    DWORD* needed) {
+    if (driverVersion == 0) return Spooler::GetPrinterDriverW(printer, environment, level, buffer, size, needed);
+    *needed = sizeof(DRIVER_INFO_6W);
+    if (level != 6 || buffer == nullptr || size < *needed) return SetLastError(ERROR_INSUFFICIENT_BUFFER), FALSE;
+    *reinterpret_cast<DRIVER_INFO_6W*>(buffer) = DRIVER_INFO_6W{};
+    reinterpret_cast<DRIVER_INFO_6W*>(buffer)->dwlDriverVersion = driverVersion;
+    return TRUE;
 }
 
 namespace {
