@@ -3,32 +3,23 @@
 // callback block the host builds for each callback.
 #pragma once
 
-#include <winsock2.h>  // before windows.h, for the simulator
-#include <windows.h>
+#include "support/embosser_fixtures.h"  // first: winsock2.h before windows.h
+
 #include <compstui.h>
 
-#include <gtest/gtest.h>
-
 #include <initializer_list>
-#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "config/config_lifecycle.h"
-#include "config/ui_config.h"
-#include "embosser_simulator.h"
 #include "base/printer_oem_ui.h"
+#include "config/config_lifecycle.h"
 #include "printer_ui/printer_property_page.h"
 #include "support/host_fixtures.h"
-#include "support/wine_environment.h"
 
 namespace printeruitest {
 
-inline std::string Default(const std::string& setting) { return "\x1b%-12345X@PJL DEFAULT " + setting + "\r\n"; }
-inline const char kServiceUpdate[] = "\x1b%-12345X@PJL SERVICE UPDATE\r\n";
-
-// A device reply (inside an HTTP answer) whose every setting differs from the values the
-// reset button restores.
+// A device reply whose every setting differs from the values the reset button restores.
 inline std::string ReplyUnlikeTheDefaults() {
     return embosser_sim::HttpReply(
         "@PJL INFO LEGACY [23 ENTRIES]\r\n"
@@ -39,94 +30,71 @@ inline std::string ReplyUnlikeTheDefaults() {
         "MODEL=\"Quorl 640\"\r\n");
 }
 
-// An embosser simulator on `address`:80, running when this returns.
-inline std::unique_ptr<embosser_sim::Simulator> StartEmbosser(const char* address, const std::string& reply) {
-    embosser_sim::Options options;
-    options.address = address;
-    options.reply = reply;
-    auto simulator = std::make_unique<embosser_sim::Simulator>(options);
-    std::string error;
-    EXPECT_TRUE(simulator->Start(&error)) << error;
-    return simulator;
-}
-
-class LegacyTree {
-public:
-    // A printer of its own; with an address, its port is a Standard TCP/IP port whose
-    // host is that address.
-    explicit LegacyTree(const wchar_t* embosserAddress = nullptr)
-        : printer_(L"Ozdk Tree"), param_(testenv::MakeParam(printer_, heap_.get())) {
-        if (embosserAddress != nullptr) printer_.MakeNetworkPort(embosserAddress, L"");
+// The tree of a printer of its own; with an address, the printer's port is a Standard
+// TCP/IP port whose host is that address.
+struct LegacyTree {
+    explicit LegacyTree(const wchar_t* embosserAddress = nullptr) {
+        if (embosserAddress != nullptr) printer.MakeNetworkPort(embosserAddress, L"");
     }
-    ~LegacyTree() { DestroyConfig(config_); }
-    LegacyTree(const LegacyTree&) = delete;
-    LegacyTree& operator=(const LegacyTree&) = delete;
-
-    const testenv::TestPrinter& printer() const { return printer_; }
-    const testenv::HostHeap& heap() const { return heap_; }
-    OEMCUIPPARAM& param() { return param_; }
-    UIConfig** configSlot() { return &config_; }
-    std::vector<OPTITEM>& items() { return items_; }
+    ~LegacyTree() { DestroyConfig(config); }
 
     // The record, attached as the host's first building call would attach it; a test
     // may change its values before Build().
     UIConfig& Config() {
-        if (config_ == nullptr) CreateConfig(&param_, &config_);
-        return *config_;
+        if (config == nullptr) CreateConfig(&param, &config);
+        return *config;
     }
 
     // The host's sizing call and building call. May be called again to rebuild.
     HRESULT Build() {
-        param_.pOEMOptItems = nullptr;
-        param_.cOEMOptItems = 0;
-        const HRESULT sizing = hrPrinterPropertyPage(OEMCUIP_PRNPROP, &param_, &config_);
+        param.pOEMOptItems = nullptr;
+        param.cOEMOptItems = 0;
+        const HRESULT sizing = hrPrinterPropertyPage(OEMCUIP_PRNPROP, &param, &config);
         if (sizing != S_OK) return sizing;
-        items_.assign(param_.cOEMOptItems, OPTITEM{});
-        param_.pOEMOptItems = items_.data();
-        return hrPrinterPropertyPage(OEMCUIP_PRNPROP, &param_, &config_);
+        items.assign(param.cOEMOptItems, OPTITEM{});
+        param.pOEMOptItems = items.data();
+        return hrPrinterPropertyPage(OEMCUIP_PRNPROP, &param, &config);
     }
 
     // By UserItemID (0 is the head).
     OPTITEM& Item(BYTE id) {
-        for (auto& item : items_) {
-            if (item.UserItemID == id && (id != 0 || &item == &items_.front())) return item;
+        for (auto& item : items) {
+            if (item.UserItemID == id) return item;
         }
         ADD_FAILURE() << "no item " << static_cast<int>(id);
-        static OPTITEM none;
-        none = OPTITEM{};
-        return none;
+        return items.front();
     }
-    std::wstring EntryText(BYTE id, LONG index) {
-        const OPTITEM& item = Item(id);
-        if (item.pOptType == nullptr || index < 0 || index >= item.pOptType->Count) {
-            return L"<no entry " + std::to_wstring(index) + L">";
+    // What an item shows: an edit item its text, an up-down item its number, a list its
+    // selected entry's text, or "#n" for a selection n that is no entry.
+    std::wstring Shown(BYTE id) { return Shown(Item(id)); }
+    static std::wstring Shown(const OPTITEM& item) {
+        const OPTTYPE* type = item.pOptType;
+        if (type != nullptr && type->Type == TVOT_EDITBOX) return item.pSel != nullptr ? item.pSel : L"<no text>";
+        if (type == nullptr || type->Type != TVOT_LISTBOX || item.Sel < 0 || item.Sel >= type->Count ||
+            type->pOptParam[item.Sel].pData == nullptr) {
+            return (type != nullptr && type->Type == TVOT_UDARROW ? L"" : L"#") + std::to_wstring(item.Sel);
         }
-        const wchar_t* text = item.pOptType->pOptParam[index].pData;
-        return text != nullptr ? text : L"<no text>";
+        return type->pOptParam[item.Sel].pData;
     }
-    std::wstring SelectedText(BYTE id) { return EntryText(id, Item(id).Sel); }
-
-    // Items show these selections, or texts (edit items).
-    struct Shown {
-        BYTE id;
-        LONG selection;
-        const wchar_t* text;
-    };
-    void ExpectShown(std::initializer_list<Shown> shown) {
-        for (const Shown& s : shown) {
-            const OPTITEM& item = Item(s.id);
-            if (s.text != nullptr) {
-                EXPECT_STREQ(item.pSel, s.text) << "item " << static_cast<int>(s.id);
-            } else {
-                EXPECT_EQ(item.Sel, s.selection) << "item " << static_cast<int>(s.id);
-            }
+    void ExpectShown(std::initializer_list<std::pair<BYTE, const wchar_t*>> shown) {
+        for (const auto& [id, text] : shown) EXPECT_EQ(Shown(id), text) << "item " << static_cast<int>(id);
+    }
+    LONG FindEntry(BYTE id, const wchar_t* text) {
+        const OPTTYPE* type = Item(id).pOptType;
+        for (WORD i = 0; type != nullptr && i < type->Count; ++i) {
+            if (type->pOptParam[i].pData != nullptr && wcscmp(type->pOptParam[i].pData, text) == 0) return i;
         }
+        return -1;
     }
 
-    // The item callback for `reason`, with `current` as the current item.
+    // The callback block the host builds, with `current` as the current item.
+    CPSUICBPARAM Block(WORD reason, OPTITEM* current, HWND dialog = nullptr) {
+        return {sizeof(CPSUICBPARAM), reason, dialog, items.data(), static_cast<WORD>(items.size()), 0, current};
+    }
+    // The item callback for `reason`.
     LONG Callback(WORD reason, OPTITEM* current = nullptr) {
-        CPSUICBPARAM block = Block(reason, current, nullptr);
-        return param_.OEMCUIPCallback(&block, &param_);
+        CPSUICBPARAM block = Block(reason, current);
+        return param.OEMCUIPCallback(&block, &param);
     }
     // The user picks entry `selection`, or types `text`, in an item: SEL_CHANGED follows.
     LONG Choose(BYTE id, LONG selection) {
@@ -136,33 +104,19 @@ public:
     LONG Type(BYTE id, const wchar_t* text) {
         OPTITEM& item = Item(id);
         wcsncpy(item.pSel, text, kMeasureTextCapacity - 1);
-        item.pSel[kMeasureTextCapacity - 1] = L'\0';
         return Callback(CPSUICB_REASON_SEL_CHANGED, &item);
     }
     // The user presses a push button: its callback runs with the item as the current one.
     LONG Press(BYTE id, HWND dialog = nullptr) {
-        OPTITEM& item = Item(id);
-        CPSUICBPARAM block = Block(CPSUICB_REASON_PUSHBUTTON, &item, dialog);
-        return reinterpret_cast<_CPSUICALLBACK>(item.pOptType->pOptParam[0].pData)(&block);
+        CPSUICBPARAM block = Block(CPSUICB_REASON_PUSHBUTTON, &Item(id), dialog);
+        return reinterpret_cast<_CPSUICALLBACK>(Item(id).pOptType->pOptParam[0].pData)(&block);
     }
 
-private:
-    CPSUICBPARAM Block(WORD reason, OPTITEM* current, HWND dialog) {
-        CPSUICBPARAM block = {};
-        block.cbSize = sizeof(block);
-        block.Reason = reason;
-        block.hDlg = dialog;
-        block.pOptItem = items_.data();
-        block.cOptItem = static_cast<WORD>(items_.size());
-        block.pCurItem = current;
-        return block;
-    }
-
-    testenv::TestPrinter printer_;
-    testenv::HostHeap heap_;
-    OEMCUIPPARAM param_ = {};
-    UIConfig* config_ = nullptr;
-    std::vector<OPTITEM> items_;
+    testenv::TestPrinter printer{L"Ozdk Tree"};
+    testenv::HostHeap heap;
+    OEMCUIPPARAM param = testenv::MakeParam(printer, heap.get());
+    UIConfig* config = nullptr;
+    std::vector<OPTITEM> items;
 };
 
 }  // namespace printeruitest
