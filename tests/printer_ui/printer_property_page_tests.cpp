@@ -2,22 +2,10 @@
 // built for real Wine printers of the test driver.
 #include "legacy_tree_fixture.h"
 
-#include "base/spooler.h"
 #include "printer_ui/printer_ui_callbacks.h"
 #include "support/spooler_doubles.h"
 
 using printeruitest::LegacyTree;
-
-namespace {
-// A printer whose paper names cannot be had.
-class NoPaperNamesSpooler : public Spooler {
-public:
-    int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
-                            const DEVMODEW* devmode) override {
-        return capability == DC_PAPERNAMES ? -1 : Spooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
-    }
-};
-}  // namespace
 
 // The sizing call, then a building call with less room than it asked for, on a printer
 // whose paper names cannot be had.
@@ -37,7 +25,8 @@ TEST(PrinterPropertyPage, SizingCallBuildsNothingAndAShortArrayGetsTheItemsThatF
     for (auto& item : items) item.HelpIndex = 0xABCD;  // marks an item nobody wrote
     param.pOEMOptItems = items;
     param.cOEMOptItems = 5;
-    NoPaperNamesSpooler spooler;
+    testenv::TestSpooler spooler;
+    spooler.paperNamesAnswer = -1;
     testenv::SpoolerSwap swap(&spooler);
 
     EXPECT_EQ(hrPrinterPropertyPage(OEMCUIP_PRNPROP, &param, &tree.config), S_OK);
