@@ -48,7 +48,7 @@ fi
 echo "== tests under Wine"
 wine_session_start "$BUILD_DIR/win"
 trap wine_session_stop EXIT
-wine_session_keep "$BUILD_DIR/win/tests/session_keeper.exe"
+wine_session_keep "$BUILD_DIR/win/tools/wine_prefix/session_keeper.exe"
 if ! prepare_test_prefix "$BUILD_DIR/win"; then
     echo "the test prefix could not be prepared"
     echo "$passed passed, $((failed + 1)) failed"

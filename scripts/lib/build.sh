@@ -14,7 +14,7 @@ prepare_test_prefix() {
     rm -rf "$OZDK_WORK_DIR"
     mkdir -p "$OZDK_WORK_DIR"
     cp "$OZDK_ROOT/tests/data/test-printer.ppd" "$OZDK_WORK_DIR/test-printer.ppd"
-    "$WINE64" "$build_dir/tests/install_test_driver.exe" \
+    "$WINE64" "$build_dir/tools/wine_prefix/install_driver.exe" \
         "$(unix_to_windows "$OZDK_WORK_DIR/test-printer.ppd")" \
         "$(unix_to_windows "$build_dir/ozdkrnui.dll")"
 }

@@ -55,11 +55,7 @@ inline OEMCUIPPARAM MakeParam(const TestPrinter& printer, HANDLE heap, DEVMODEW*
 // BuildFilePath(L"tests\\standins\\language_monitor_extension\\ozdkrnlmex.dll").
 inline std::wstring BuildFilePath(const std::wstring& relative) {
     const char* build = std::getenv("OZDK_BUILD_DIR");
-    std::wstring path = L"Z:" + Widen(build != nullptr ? build : "");
-    for (auto& c : path) {
-        if (c == L'/') c = L'\\';
-    }
-    return path + L"\\" + relative;
+    return WindowsPath(build != nullptr ? build : "") + L"\\" + relative;
 }
 
 inline std::wstring PrinterDriverDirectory() {

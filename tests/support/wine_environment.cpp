@@ -2,7 +2,6 @@
 
 #include <shlobj.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -11,14 +10,6 @@ namespace testenv {
 
 namespace {
 
-std::wstring UnixToWindowsPath(const std::string& unixPath) {
-    std::wstring path = L"Z:" + Widen(unixPath);
-    for (auto& c : path) {
-        if (c == L'/') c = L'\\';
-    }
-    return path;
-}
-
 std::string ReadWholeFile(const std::wstring& path) {
     std::ifstream file(path.c_str(), std::ios::binary);
     std::ostringstream text;
@@ -26,7 +17,20 @@ std::string ReadWholeFile(const std::wstring& path) {
     return text.str();
 }
 
+std::string WorkDirectoryUnix() {
+    const char* value = std::getenv("OZDK_WORK_DIR");
+    return value != nullptr ? value : "/tmp";
+}
+
 }  // namespace
+
+std::wstring WindowsPath(const std::string& unixPath) {
+    std::wstring path = L"Z:" + Widen(unixPath);
+    for (auto& c : path) {
+        if (c == L'/') c = L'\\';
+    }
+    return path;
+}
 
 std::string Narrow(const std::wstring& text) {
     std::string out;
@@ -40,12 +44,7 @@ std::wstring Widen(const std::string& text) {
     return out;
 }
 
-std::string WorkDirectoryUnix() {
-    const char* value = std::getenv("OZDK_WORK_DIR");
-    return value != nullptr ? value : "/tmp";
-}
-
-std::wstring WorkDirectory() { return UnixToWindowsPath(WorkDirectoryUnix()); }
+std::wstring WorkDirectory() { return WindowsPath(WorkDirectoryUnix()); }
 
 std::wstring UniqueName(const wchar_t* stem) {
     static int counter = 0;
@@ -70,13 +69,6 @@ void WriteRegDword(HKEY root, const std::wstring& path, const wchar_t* name, DWO
 }
 
 void DeleteRegTree(HKEY root, const std::wstring& path) { RegDeleteTreeW(root, path.c_str()); RegDeleteKeyW(root, path.c_str()); }
-
-bool RegKeyExists(HKEY root, const std::wstring& path) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-    RegCloseKey(key);
-    return true;
-}
 
 std::wstring PrinterRegistryPath(const std::wstring& printerName) {
     return L"SYSTEM\\CurrentControlSet\\Control\\Print\\Printers\\" + printerName;
@@ -118,10 +110,11 @@ StoredValue ReadPrinterData(HANDLE printer, const wchar_t* key, const wchar_t* n
 
 TestPrinter::TestPrinter(const wchar_t* stem) : name_(UniqueName(stem)) {
     static int jobFiles = 0;
-    jobsFile_ = WorkDirectoryUnix() + "/jobs-" + std::to_string(GetCurrentProcessId()) + "-" +
-                std::to_string(++jobFiles) + ".prn";
-    std::remove(Narrow(UnixToWindowsPath(jobsFile_)).c_str());
-    port_ = L"|cat >> " + Widen(jobsFile_);
+    const std::string jobs = WorkDirectoryUnix() + "/jobs-" + std::to_string(GetCurrentProcessId()) + "-" +
+                             std::to_string(++jobFiles) + ".prn";
+    jobsFile_ = WindowsPath(jobs);
+    DeleteFileW(jobsFile_.c_str());
+    port_ = L"|cat >> " + Widen(jobs);
 
     PRINTER_INFO_2W info = {};
     info.pPrinterName = const_cast<wchar_t*>(name_.c_str());
@@ -142,12 +135,12 @@ TestPrinter::~TestPrinter() {
         ClosePrinter(handle_);
     }
     DeleteRegTree(HKEY_LOCAL_MACHINE, PrinterRegistryPath(name_));
-    DeleteFileW(UnixToWindowsPath(jobsFile_).c_str());
+    DeleteFileW(jobsFile_.c_str());
 }
 
-std::string TestPrinter::Jobs() const { return ReadWholeFile(UnixToWindowsPath(jobsFile_)); }
+std::string TestPrinter::Jobs() const { return ReadWholeFile(jobsFile_); }
 
-void TestPrinter::ClearJobs() const { DeleteFileW(UnixToWindowsPath(jobsFile_).c_str()); }
+void TestPrinter::ClearJobs() const { DeleteFileW(jobsFile_.c_str()); }
 
 void TestPrinter::MakeNetworkPort(const std::wstring& hostName, const std::wstring& ipAddress) const {
     const std::wstring path = StandardTcpIpPortPath(port_);

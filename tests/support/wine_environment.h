@@ -10,9 +10,11 @@
 
 namespace testenv {
 
-// The run's scratch folder (created by the prefix set-up), as a Windows and a Unix path.
+// The Windows view of a Unix path (drive Z:).
+std::wstring WindowsPath(const std::string& unixPath);
+
+// The run's scratch folder (created by the prefix set-up), as a Windows path.
 std::wstring WorkDirectory();
-std::string WorkDirectoryUnix();
 
 // A name no other test of this run uses.
 std::wstring UniqueName(const wchar_t* stem);
@@ -26,7 +28,6 @@ void WriteRegDword(HKEY root, const std::wstring& path, const wchar_t* name, DWO
 void WriteRegBytes(HKEY root, const std::wstring& path, const wchar_t* name, DWORD type, const void* data,
                    DWORD size);
 void DeleteRegTree(HKEY root, const std::wstring& path);
-bool RegKeyExists(HKEY root, const std::wstring& path);
 
 // The machine registry key that holds a printer's data.
 std::wstring PrinterRegistryPath(const std::wstring& printerName);
@@ -65,7 +66,7 @@ public:
 private:
     std::wstring name_;
     std::wstring port_;
-    std::string jobsFile_;
+    std::wstring jobsFile_;
     HANDLE handle_ = nullptr;
 };
 

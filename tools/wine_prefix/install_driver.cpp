@@ -1,8 +1,8 @@
-// Prepares a fresh Wine prefix for the tests: the test printer driver (wineps with the
-// test PPD), the plug-in in the driver folder, and the maker's folder that turns the
-// trace log on.
+// Prepares a fresh Wine prefix for the tests or the demo: the printer driver "Test
+// Embosser" (wineps with the test PPD), the plug-in in the driver folder, and the maker's
+// folder that turns the trace log on.
 //
-// usage: install_test_driver <test-printer.ppd> <ozdkrnui.dll>   (Windows paths)
+// usage: install_driver <test-printer.ppd> <ozdkrnui.dll>   (Windows paths)
 #include <windows.h>
 #include <shlobj.h>
 #include <winspool.h>
@@ -20,7 +20,7 @@ std::wstring DriverDirectory() {
 }
 
 bool Fail(const char* what) {
-    std::printf("install_test_driver: %s failed, error %lu\n", what, GetLastError());
+    std::printf("install_driver: %s failed, error %lu\n", what, GetLastError());
     return false;
 }
 
@@ -48,7 +48,7 @@ bool Install(const wchar_t* ppd, const wchar_t* plugin) {
 
 int wmain(int argc, wchar_t** argv) {
     if (argc != 3) {
-        std::printf("usage: install_test_driver <ppd> <ozdkrnui.dll>\n");
+        std::printf("usage: install_driver <ppd> <ozdkrnui.dll>\n");
         return 2;
     }
     return Install(argv[1], argv[2]) ? 0 : 1;
