@@ -215,60 +215,50 @@ TEST(CreateConfig, ReadsStoredValuesOnceSharesTheRecordAndDestroyFreesIt) {
     DestroyConfig(nullptr);  // accepted and ignored
 }
 
+// Stored: InterPoint 1, BindingEdge 2, Collate 1, RenderMode 2, PaperSource 7,
+// Orientation 1, MediaType 256; the device mode has source 8, orientation 2, media 300.
+// Device-mode values without their bit are ignored; nothing overridden is written back.
 TEST(CreateConfig, TheDocumentsDeviceModeOverridesForThisRecordOnly) {
-    struct Case {
+    const struct {
         const char* what;
         DWORD fields;
         short collate, color, duplex;
-        uint32_t interPoint, bindingEdge, collateSetting, renderMode, paperSource, orientation, mediaType;
-    };
-    // Stored: InterPoint 1, BindingEdge 2, Collate 1, RenderMode 2, PaperSource 7,
-    // Orientation 1, MediaType 256; the device mode has source 8, orientation 2, media 300.
-    // Device-mode values without their bit are ignored.
-    const Case cases[] = {
-        {"duplex simplex", DM_DUPLEX, 1, 1, DMDUP_SIMPLEX, 0, 3, 1, 2, 7, 1, 256},
-        {"duplex long edge", DM_DUPLEX, 1, 1, DMDUP_VERTICAL, 1, 2, 1, 2, 7, 1, 256},
-        {"collate 2", DM_COLLATE, 2, 1, 1, 1, 2, 0, 2, 7, 1, 256},
+        std::vector<uint32_t> expected;  // as `stored` lists them, LoadedInterPoint after InterPoint
+    } cases[] = {
+        {"duplex simplex", DM_DUPLEX, 1, 1, DMDUP_SIMPLEX, {0, 0, 3, 1, 2, 7, 1, 256}},
+        {"duplex long edge", DM_DUPLEX, 1, 1, DMDUP_VERTICAL, {1, 1, 2, 1, 2, 7, 1, 256}},
+        {"collate 2", DM_COLLATE, 2, 1, 1, {1, 1, 2, 0, 2, 7, 1, 256}},
         {"colour, source, orientation, media", DM_COLOR | DM_DEFAULTSOURCE | DM_ORIENTATION | DM_MEDIATYPE, 0,
-         DMCOLOR_MONOCHROME, 1, 1, 2, 1, 1, 8, 2, 300},
-        {"no bits", 0, 0, 1, 1, 1, 2, 1, 2, 7, 1, 256},
+         DMCOLOR_MONOCHROME, 1, {1, 1, 2, 1, 1, 8, 2, 300}},
+        {"no bits", 0, 0, 1, 1, {1, 1, 2, 1, 2, 7, 1, 256}},
     };
-    const struct {
-        const wchar_t* name;
-        DWORD value;
-    } stored[] = {{L"InterPoint", 1}, {L"BindingEdge", 2}, {L"Collate", 1},   {L"RenderMode", 2},
-                  {L"PaperSource", 7}, {L"Orientation", 1}, {L"MediaType", 256}};
+    const wchar_t* const stored[] = {L"InterPoint", L"BindingEdge", L"Collate", L"RenderMode",
+                                     L"PaperSource", L"Orientation", L"MediaType"};
+    const DWORD storedValues[] = {1, 2, 1, 2, 7, 1, 256};
     CleanMachine machine;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         TestPrinter printer;
-        for (const auto& value : stored) StoreConfigDword(printer.handle(), value.name, value.value);
+        for (int i = 0; i < 7; ++i) StoreConfigDword(printer.handle(), stored[i], storedValues[i]);
         DEVMODEW devMode = {};
         devMode.dmSize = sizeof(devMode);
         devMode.dmFields = c.fields;
         devMode.dmCollate = c.collate;
         devMode.dmColor = c.color;
+        devMode.dmDuplex = c.duplex;
         devMode.dmDefaultSource = 8;
         devMode.dmOrientation = 2;
-        devMode.dmDuplex = c.duplex;
         devMode.dmMediaType = 300;
         ConfigSpooler spooler;
         testenv::SpoolerSwap swap(&spooler);
         Owner owner(printer, &devMode);
         ASSERT_EQ(owner.Create(), 1);
-        const UIConfig* config = owner.config;
-        EXPECT_EQ(config->pPublicDM, &devMode);
-        EXPECT_EQ(config->InterPoint, c.interPoint);
-        EXPECT_EQ(config->LoadedInterPoint, c.interPoint);
-        EXPECT_EQ(config->BindingEdge, c.bindingEdge);
-        EXPECT_EQ(config->Collate, c.collateSetting);
-        EXPECT_EQ(config->RenderMode, c.renderMode);
-        EXPECT_EQ(config->PaperSource, c.paperSource);
-        EXPECT_EQ(config->Orientation, c.orientation);
-        EXPECT_EQ(config->MediaType, c.mediaType);
-        for (const auto& value : stored) {
-            EXPECT_EQ(spooler.FindWrite(L"Config", value.name), nullptr) << "overridden values are not written back";
-        }
+        const UIConfig& r = *owner.config;
+        EXPECT_EQ(r.pPublicDM, &devMode);
+        EXPECT_EQ((std::vector<uint32_t>{r.InterPoint, r.LoadedInterPoint, r.BindingEdge, r.Collate, r.RenderMode,
+                                         r.PaperSource, r.Orientation, r.MediaType}),
+                  c.expected);
+        for (const wchar_t* name : stored) EXPECT_EQ(spooler.FindWrite(L"Config", name), nullptr) << "written back";
     }
 }
 
