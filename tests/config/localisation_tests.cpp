@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <cwchar>
 #include <memory>
 #include <string>
 
@@ -53,14 +54,17 @@ private:
 
 }  // namespace
 
-TEST(Localisation, TranslatesStringsCaptionsAndDialogsThroughTheLocaleLibrary) {
+// The table has a "Caption" entry for Form Size but none for Form Width.
+TEST(Localisation, TranslatesStringsCaptionsAndDialogsAndAMissingCaptionIsNull) {
     Localised localised(L"ozdkrnlcl.dll", L"de_de");
     ASSERT_NE(localised.config()->hLcl, nullptr);
+    EXPECT_TRUE(localised.maker().WasAsked(L"Create " + localised.maker().LocaleFolder() + L"|ozdkrnui"));
     EXPECT_EQ(localised.String(IDS_FORM_SIZE), L"Formulargr\u00f6\u00dfe");
     EXPECT_EQ(localised.Caption(IDS_FORM_SIZE), L"Format");
     EXPECT_STREQ(GetLocalString(localised.config(), IDS_PAGE_LAYOUT), L"Seitenlayout");
-    EXPECT_TRUE(localised.maker().WasAsked(L"Create " + localised.maker().LocaleFolder() + L"|ozdkrnui"));
-    EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale de_de"));
+    EXPECT_EQ(localised.Caption(IDS_FORM_WIDTH), L"(null)");
+    EXPECT_EQ(localised.String(IDS_FORM_WIDTH), L"Form Width");
+    EXPECT_STREQ(GetLocalString(localised.config(), IDS_FORM_WIDTH), L"Form Width");
 
     HWND window = CreateWindowW(L"STATIC", L"Layout", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     ASSERT_NE(window, nullptr);
@@ -71,20 +75,17 @@ TEST(Localisation, TranslatesStringsCaptionsAndDialogsThroughTheLocaleLibrary) {
     DestroyWindow(window);
 }
 
-// The table has no "Caption" entry for Form Width; "en_us" stands in only for a missing
-// "Locale" value.
-TEST(Localisation, AMissingCaptionIsNullWhileTheStringFallsBackAndTheLocaleIsEnglishUs) {
-    Localised localised(L"ozdkrnlcl.dll");
-    ASSERT_NE(localised.config()->hLcl, nullptr);
-    EXPECT_EQ(localised.Caption(IDS_FORM_WIDTH), L"(null)");
-    EXPECT_EQ(localised.String(IDS_FORM_WIDTH), L"Form Width");
-    EXPECT_STREQ(GetLocalString(localised.config(), IDS_FORM_WIDTH), L"Form Width");
-    EXPECT_TRUE(localised.maker().WasAsked(L"InitLocale en_us"));
-    EXPECT_FALSE(localised.maker().WasAsked(L"InitLocale de_de"));
-
-    Localised empty(L"ozdkrnlcl.dll", L"");  // a value that is there, if empty, is taken
-    EXPECT_TRUE(empty.maker().WasAsked(L"InitLocale "));
-    EXPECT_FALSE(empty.maker().WasAsked(L"InitLocale en_us"));
+// "en_us" stands in only for a missing "Locale" value; one that is there, if empty, is taken.
+TEST(Localisation, TheLocaleIsTheSetupValueAndEnglishUsOnlyWhenItIsMissing) {
+    const struct { const wchar_t* value; const wchar_t* initialised; } cases[] = {
+        {L"de_de", L"de_de"}, {nullptr, L"en_us"}, {L"", L""}};
+    for (const auto& c : cases) {
+        Localised localised(L"ozdkrnlcl.dll", c.value);
+        for (const wchar_t* locale : {L"de_de", L"en_us", L""}) {
+            EXPECT_EQ(localised.maker().WasAsked(std::wstring(L"InitLocale ") + locale), wcscmp(locale, c.initialised) == 0)
+                << testenv::Narrow(locale);
+        }
+    }
 }
 
 TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
