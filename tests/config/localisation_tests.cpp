@@ -82,7 +82,8 @@ TEST(Localisation, TheLocaleIsTheSetupValueAndEnglishUsOnlyWhenItIsMissing) {
     for (const auto& c : cases) {
         Localised localised(L"ozdkrnlcl.dll", c.value);
         for (const wchar_t* locale : {L"de_de", L"en_us", L""}) {
-            EXPECT_EQ(localised.maker().WasAsked(std::wstring(L"InitLocale ") + locale), wcscmp(locale, c.initialised) == 0)
+            const bool initialised = wcscmp(locale, c.initialised) == 0;
+            EXPECT_EQ(localised.maker().WasAsked(std::wstring(L"InitLocale ") + locale), initialised)
                 << testenv::Narrow(locale);
         }
     }
