@@ -79,7 +79,7 @@ TEST(GetQuorlSettings, TakesOnlyACompleteReplyFromTheNetworkEmbosserAndNeverAsks
         EXPECT_EQ(simulator->LastRequest(), std::string("GET /PJLINFOLEGACY HTTP/1.1\r\n\r\n"));
         EXPECT_EQ(simulator->RequestCount(), 1);
         EXPECT_TRUE(testenv::ReadPrinterData(printer.handle(), nullptr, L"LegacyDataAvailable").data.empty());
-        if (c.known) EXPECT_EQ(DeviceTexts(*config), L"DE_DE QX-0042 Quorl 640");
+        if (c.known) { EXPECT_EQ(DeviceTexts(*config), L"DE_DE QX-0042 Quorl 640"); }
     }
 }
 

@@ -205,7 +205,7 @@ TEST(CheckNvRamLayout, CorrectsWhatDoesNotFit) {
         std::tie(config->EmbsrPaperLength, config->EmbsrTopMargin, config->EmbsrLinesLength, config->EmbsrLineSpacing) =
             std::tie(c.length, c.top, c.lines, c.spacing);
         const NvRamLayoutCheck check = CheckNvRamLayout(*config);
-        EXPECT_EQ(std::tie(check.widthGood, check.heightGood), std::tie(c.widthGood, c.heightGood));
+        EXPECT_EQ(std::make_pair(check.widthGood, check.heightGood), std::make_pair(c.widthGood, c.heightGood));
         std::vector<std::string> sent;
         if (check.correctCharsWidth) sent.push_back(FormatPjlDefault(check.charsWidth));
         if (check.correctLinesLength) sent.push_back(FormatPjlDefault(check.linesLength));
