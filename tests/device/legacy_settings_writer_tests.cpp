@@ -22,36 +22,24 @@ OPTTYPE gUpDown = {sizeof(OPTTYPE), TVOT_UDARROW};
 // A device-settings item as the tree hands it to the callback: an edit box carries its
 // text (a buffer of kMeasureTextCapacity), the other kinds a selection.
 OPTITEM Item(BYTE id, OPTTYPE* type, LONG selection, wchar_t* text = nullptr) {
-    OPTITEM item = {sizeof(OPTITEM), 2};
-    item.UserItemID = id;
-    item.pOptType = type;
-    item.Sel = selection;
+    OPTITEM item = {sizeof(OPTITEM), 2, 0, 0, 0, nullptr, {selection}, {}, type, 0, 0, id};
     if (text != nullptr) item.pSel = text;
     return item;
 }
 
 CPSUICBPARAM ParamOf(std::vector<OPTITEM>& items) {
-    CPSUICBPARAM param = {sizeof(CPSUICBPARAM)};
-    param.pOptItem = items.data();
-    param.cOptItem = static_cast<WORD>(items.size());
-    return param;
+    return {sizeof(CPSUICBPARAM), 0, nullptr, items.data(), static_cast<WORD>(items.size())};
 }
-
-// A test printer and a known device: 10 lines on a page 11 inches long, everything else 0.
-class LegacyWriter : public ::testing::Test {
-protected:
-    LegacyWriter() : config(devicetest::ConfigFor(printer)) {
-        config->LegacyParmCount = 23;
-        config->EmbsrPaperLength = 220;
-        config->EmbsrLinesLength = 10;
-    }
-    testenv::TestPrinter printer;
-    std::unique_ptr<UIConfig> config;
-};
 
 }  // namespace
 
-TEST_F(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenTheCommit) {
+TEST(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenTheCommitOnlyWhileTheDeviceIsKnown) {
+    // A known device: 10 lines on a page 11 inches long, everything else 0.
+    testenv::TestPrinter printer;
+    auto config = devicetest::ConfigFor(printer);
+    config->LegacyParmCount = 23;
+    config->EmbsrPaperLength = 220;
+    config->EmbsrLinesLength = 10;
     wchar_t lineSpace[kMeasureTextCapacity] = L"7", width[kMeasureTextCapacity] = L"8.5";
     std::vector<OPTITEM> items = {
         Item(30, &gEdit, 0, lineSpace),  // rewritten as 7.00; only one line of that height fits the page
@@ -59,9 +47,7 @@ TEST_F(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenT
         Item(26, nullptr, 1),            // no option type
         Item(26, &gList, 1),
         Item(230, &gUpDown, 40),  // more characters than fit a line of 8.5 inches
-        Item(45, &gList, 0),
-        Item(52, &gEdit, 0, width),
-        Item(232, &gList, 2),
+        Item(45, &gList, 0), Item(52, &gEdit, 0, width), Item(232, &gList, 2),
     };
     CPSUICBPARAM param = ParamOf(items);
     config->LegacyChanged = 1;
@@ -78,15 +64,12 @@ TEST_F(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenT
     EXPECT_EQ(config->EmbsrCharsWidth, 40);  // the corrections are sent, not kept
     EXPECT_EQ(config->EmbsrLinesLength, 10);
 
-    // Applied again nothing differs, and nothing is sent; nor for no items at all.
+    // Applied again nothing differs, and nothing is sent; nor without a parameter.
     printer.ClearJobs();
-    std::vector<OPTITEM> none;
-    CPSUICBPARAM noneParam = ParamOf(none);
-    for (CPSUICBPARAM* again : {&param, &noneParam, static_cast<CPSUICBPARAM*>(nullptr)}) {
-        testenv::TraceLog log;
-        EXPECT_FALSE(ApplyLegacyChanges(again, *config));
-        EXPECT_TRUE(log.Contains("ApplyLegacyChanges(): no changes, not calling UpdateNvRamData()"));
-    }
+    testenv::TraceLog log;
+    EXPECT_FALSE(ApplyLegacyChanges(&param, *config));
+    EXPECT_FALSE(ApplyLegacyChanges(nullptr, *config));
+    EXPECT_EQ(log.Count("ApplyLegacyChanges(): no changes, not calling UpdateNvRamData()"), 2);
     EXPECT_EQ(printer.Jobs(), "");
 
     // Without a handle to start a job on, the printer is opened by its name.
@@ -95,28 +78,24 @@ TEST_F(LegacyWriter, ApplySendsEachChangedItemInListOrderThenTheCorrectionsThenT
     UpdateLegacyConfig(*config, L"TOPMARGIN", 12);
     EXPECT_EQ(printer.Jobs(), Default("TOPMARGIN=12"));
     EXPECT_EQ(config->LegacyChanged, 0u);
-}
 
-TEST_F(LegacyWriter, ApplyUpdatesTheFieldsButSendsNothingWhileTheDeviceSettingsAreUnknown) {
+    // While the device settings are unknown the fields change, and nothing is sent.
+    printer.ClearJobs();
     wchar_t half[kMeasureTextCapacity] = L"0.5";
-    config->EmbsrCharsWidth = 40;  // would need a correction
-    const UIConfig known = *config;
-    for (int32_t count : {0, -1}) {
-        *config = known;
-        config->LegacyParmCount = count;
-        std::vector<OPTITEM> changed = {Item(41, &gEdit, 0, half), Item(42, &gList, 1), Item(232, &gList, 2)};
-        CPSUICBPARAM param = ParamOf(changed);
-
-        EXPECT_TRUE(ApplyLegacyChanges(&param, *config)) << count;
-
-        EXPECT_EQ(config->EmbsrLeftMargin, 10) << count;  // a number, a switch and a word
-        EXPECT_EQ(config->EmbsrGraphicsMode, 1u) << count;
-        EXPECT_EQ(config->EmbsrQuality, 2u) << count;
-    }
+    std::vector<OPTITEM> changed = {Item(41, &gEdit, 0, half), Item(42, &gList, 1), Item(232, &gList, 0)};
+    param = ParamOf(changed);
+    config->LegacyParmCount = 0;
+    EXPECT_TRUE(ApplyLegacyChanges(&param, *config));
+    EXPECT_EQ(config->EmbsrLeftMargin, 10);  // a number, a switch and a word
+    EXPECT_EQ(config->EmbsrGraphicsMode, 1u);
+    EXPECT_EQ(config->EmbsrQuality, 0u);
+    config->LegacyParmCount = -1;
+    UpdateLegacyConfig(*config, L"TOPMARGIN", 13);
     EXPECT_EQ(printer.Jobs(), "");
 }
 
-TEST_F(LegacyWriter, SendPrinterCommandSendsTheMediaForceBytesAsOneJob) {
+TEST(LegacyWriter, SendPrinterCommandSendsTheMediaForceBytesAsOneJob) {
+    testenv::TestPrinter printer;
     EXPECT_EQ(SendPrinterCommand(printer.name().c_str(), kPjlMediaForceCommand, kPjlMediaForceCommandLength), 0u);
     EXPECT_EQ(printer.Jobs(), std::string("\x1b%-12345X@PJL SERVICE MEDIAFORCE\r\n"));
 

@@ -1,21 +1,13 @@
-// The two transports of the embosser's settings and the extension library binding,
-// against real peers: the simulator on loopback, the spooler-side component stand-in
-// on the real spooler, Standard TCP/IP port keys in the real registry.
+// The network transport of the embosser's settings and the extension library binding,
+// against real peers: the simulator on loopback, Standard TCP/IP port keys in the real
+// registry. The spooler-side transport is checked with GetQuorlSettings.
 #include "support/embosser_fixtures.h"
 
 #include "device/legacy_transports.h"
-#include "spooler_component.h"
 #include "support/host_fixtures.h"
 
-using devicetest::SecondsSince;
 using devicetest::Simulating;
-using devicetest::StartSimulator;
 using embosser_sim::Behaviour;
-using testenv::TraceLog;
-
-namespace {
-uint32_t Address(uint32_t a, uint32_t b, uint32_t c, uint32_t d) { return a | b << 8 | c << 16 | d << 24; }
-}  // namespace
 
 TEST(IsNetworkPort, FindsTheAddressFromTheStandardTcpIpPortKeyOnly) {
     const uint32_t kUntouched = 0xA5A5A5A5;
@@ -23,13 +15,13 @@ TEST(IsNetworkPort, FindsTheAddressFromTheStandardTcpIpPortKeyOnly) {
     // follows the port's name in the port list; `address` kUntouched or 0: not found.
     const struct { const char* what; bool key; const wchar_t *hostName, *ipAddress, *listed; uint32_t address; }
     cases[] = {
-        {"a port list is cut at its last comma", true, L"", L"10.0.0.9", L",COM1", Address(10, 0, 0, 9)},
+        {"a port list is cut at its last comma", true, L"", L"10.0.0.9", L",COM1", inet_addr("10.0.0.9")},
         {"only the last comma cuts", true, L"", L"10.0.0.9", L",COM1,LPT1", kUntouched},
         {"a host name that does not resolve is read as dotted text", true, L"10.0.0.9 (embosser)", L"", L"",
-         Address(10, 0, 0, 9)},
-        {"the host name goes before the IP address", true, L"127.0.0.5", L"10.0.0.9", L"", Address(127, 0, 0, 5)},
+         inet_addr("10.0.0.9")},
+        {"the host name goes before the IP address", true, L"127.0.0.5", L"10.0.0.9", L"", inet_addr("127.0.0.5")},
         {"an unusable host name falls back to the IP address", true, L"embosser (offline)", L"192.168.1.20", L"",
-         Address(192, 168, 1, 20)},
+         inet_addr("192.168.1.20")},
         {"address 0 is no address", true, L"", L"0.0.0.0", L"", 0},
         {"three numbers are no address", true, L"", L"10.0.9", L"", kUntouched},
         {"a port key without addresses", true, L"", L"", L"", kUntouched},
@@ -65,8 +57,8 @@ TEST(GetLegacyDataNetwork, ReadsUntilTheEmbosserClosesAtMost4095BytesWithoutTenW
         SCOPED_TRACE(c.what);
         testenv::TestPrinter printer;
         printer.MakeNetworkPort(testenv::Widen(c.embosser.address), L"");
-        auto simulator = StartSimulator(c.embosser);
-        TraceLog log;
+        auto simulator = devicetest::StartSimulator(c.embosser);
+        testenv::TraceLog log;
 
         int length = kLegacyInfoTcpPort;
         const char* received = GetLegacyDataNetwork(printer.portName().c_str(), kLegacyInfoRequest, &length);
@@ -76,24 +68,6 @@ TEST(GetLegacyDataNetwork, ReadsUntilTheEmbosserClosesAtMost4095BytesWithoutTenW
         const int waits = log.Count("GetLegacyDataNetwork(): socket timeout 0=select()");
         EXPECT_TRUE(c.waits == 0 ? waits == 0 : waits >= c.waits) << waits;
     }
-}
-
-TEST(GetLegacyData, TimesOutAfterNinePollsWhenTheComponentNeverAnswers) {
-    testenv::TestPrinter printer;
-    standin::SpoolerComponent component(printer.name(), {}, 23, standin::SpoolerComponent::kNever);
-    TraceLog log;
-    const auto start = std::chrono::steady_clock::now();
-
-    DWORD count = 77;
-    EXPECT_EQ(GetLegacyData(printer.handle(), &count), static_cast<DWORD>(ERROR_TIMEOUT));
-
-    EXPECT_EQ(count, 0u);
-    EXPECT_EQ(component.RequestCount(), 1);
-    EXPECT_EQ(log.Count("GetLegacyData(): second try LegacyDataAvailable=0"), 9);
-    EXPECT_TRUE(log.Contains("GetLegacyData(): err=1460"));
-    EXPECT_GE(SecondsSince(start), 8.9);
-    EXPECT_LT(SecondsSince(start), 10.5);
-    EXPECT_EQ(testenv::ReadPrinterData(printer.handle(), nullptr, L"LegacyDataAvailable").AsDword(), 0u);
 }
 
 TEST(ExtDllLoadFunction, LoadsTheLibraryOnceAndRetriesAFailedLoad) {
@@ -110,7 +84,6 @@ TEST(ExtDllLoadFunction, LoadsTheLibraryOnceAndRetriesAFailedLoad) {
     const HMODULE loaded = static_cast<HMODULE>(config.ExtLibraryHandle);
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(found, GetProcAddress(loaded, "DllCanUnloadNow"));
-    EXPECT_EQ(ExtDllLoadFunction(config, "DllExportPrinterService"), nullptr);
     config.ExtLibraryHandle = GetModuleHandleW(L"kernel32.dll");  // a loaded library is kept
     EXPECT_EQ(ExtDllLoadFunction(config, "DllCanUnloadNow"), nullptr);
     FreeLibrary(loaded);

@@ -57,9 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     RequireCleanText(c.ModelNumber);
     Require(c.BrailleTableIndex <= kBrailleTableCount, "braille table code");
     Require(c.EmbsrBrailleStandard <= 5, "spacing code");
-    Require(c.EmbsrMediaType == 2 || c.EmbsrMediaType == 3 || c.EmbsrMediaType == 11 || c.EmbsrMediaType == 12 ||
-                c.EmbsrMediaType == 13 || c.EmbsrMediaType == 17 || c.EmbsrMediaType == 30,
-            "media code");
+    const uint32_t kMediaCodes[] = {2, 3, 11, 12, 13, 17, 30};
+    Require(std::count(kMediaCodes, kMediaCodes + 7, c.EmbsrMediaType) == 1, "media code");
     Require(c.EmbsrBrailleForce <= 2 && c.EmbsrQuality <= 2 && c.EmbsrDuplex <= 2, "word codes");
     Require(c.EmbsrOutputFace == 1 || c.EmbsrOutputFace == 2, "output face");
     Require(c.EmbsrAutoCr <= 1 && c.EmbsrGraphicsMode <= 1, "switches");

@@ -4,15 +4,6 @@
 
 #include "base/trace_log.h"
 
-std::string& trace_recorder::Text() {
-    static std::string text;
-    return text;
-}
-
-bool trace_recorder::Contains(const std::string& line) {
-    return ("\n" + Text()).find("\n" + line) != std::string::npos;
-}
-
 void Trace(const WideChar* format, ...) {
     va_list args;
     va_start(args, format);

@@ -1,5 +1,5 @@
 // What the tests of the embosser link share: a UIConfig attached to a test printer, a
-// simulator that must start, the PJL bytes the printer receives, and a clock. Programs
+// simulator that must start, and the PJL bytes the printer receives. Programs
 // that include it link the simulator's core.
 #pragma once
 
@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -24,8 +23,7 @@ inline const std::string kServiceUpdate = "\x1b%-12345X@PJL SERVICE UPDATE\r\n";
 
 // A zero-filled record of the printer, as CreateConfig leaves it before any device read.
 inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) {
-    auto config = std::make_unique<UIConfig>();
-    std::memset(config.get(), 0, sizeof(UIConfig));
+    auto config = std::make_unique<UIConfig>();  // value-initialised: every byte 0
     config->Size = sizeof(UIConfig);
     config->PrinterHandle = printer.handle();
     wcsncpy(config->PrinterName, printer.name().c_str(), kTextCapacity - 1);
@@ -34,9 +32,7 @@ inline std::unique_ptr<UIConfig> ConfigFor(const testenv::TestPrinter& printer) 
 
 // An embosser on port 80 of `address` (loopback); an empty reply is the simulator's sample.
 inline embosser_sim::Options Simulating(const char* address, embosser_sim::Behaviour behaviour,
-                                        std::string reply = std::string()) {
-    return {address, 80, behaviour, std::move(reply)};
-}
+                                        std::string reply = std::string()) { return {address, 80, behaviour, reply}; }
 
 // A simulator that is running when this returns.
 inline std::unique_ptr<embosser_sim::Simulator> StartSimulator(const embosser_sim::Options& options) {
@@ -44,10 +40,6 @@ inline std::unique_ptr<embosser_sim::Simulator> StartSimulator(const embosser_si
     std::string error;
     EXPECT_TRUE(simulator->Start(&error)) << error;
     return simulator;
-}
-
-inline double SecondsSince(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 }  // namespace devicetest
