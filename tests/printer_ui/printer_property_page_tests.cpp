@@ -64,7 +64,7 @@ TEST(PrinterPropertyPage, BuildsTheItemsInOrderWithTheirKindsAndShowsOddValuesOf
         int type;   // -1: none
         int count;  // parameters; 0: not checked (the form sizes depend on the printer)
     } expected[] = {
-        {L"Legacy Settings", 0, -1, 0},          {L"Form Size", 50, TVOT_LISTBOX, 0},
+        {L"Legacy Settings", 0, -1, 0},             {L"Form Size", 50, TVOT_LISTBOX, 0},
         {L"Form Width", 52, TVOT_EDITBOX, 2},        {L"Form Length", 53, TVOT_EDITBOX, 2},
         {L"Top Margin", 40, TVOT_EDITBOX, 2},        {L"Left Margin", 41, TVOT_EDITBOX, 2},
         {L"Right Margin", 76, TVOT_EDITBOX, 2},      {L"Chars per line", 230, TVOT_UDARROW, 2},
