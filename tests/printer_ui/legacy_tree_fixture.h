@@ -30,12 +30,9 @@ inline std::string ReplyUnlikeTheDefaults() {
         "MODEL=\"Quorl 640\"\r\n");
 }
 
-// The tree of a printer of its own; with an address, the printer's port is a Standard
-// TCP/IP port whose host is that address.
+// The tree of a printer of its own (a test gives it a network port before the first
+// Build() to reach an embosser simulator).
 struct LegacyTree {
-    explicit LegacyTree(const wchar_t* embosserAddress = nullptr) {
-        if (embosserAddress != nullptr) printer.MakeNetworkPort(embosserAddress, L"");
-    }
     ~LegacyTree() { DestroyConfig(config); }
 
     // The record, attached as the host's first building call would attach it; a test

@@ -4,28 +4,22 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cwchar>
 #include <type_traits>
 
 #include "language_monitor_extension_record.h"
 #include "printer_ui/extension_services.h"
 
 extern "C" DWORD WINAPI DllExportPrinterService(HWND owner, const wchar_t* printerName, void* request) {
-    if (request == nullptr) return ERROR_INVALID_PARAMETER;
-    BrailleTableServiceRequest fields = {};
-    std::memcpy(&fields.service, request, sizeof(fields.service));  // only the fields its code defines
-    if (fields.service == kServiceBrailleTable) std::memcpy(&fields, request, sizeof(fields));
-
+    // Only the fields the service code defines are read.
+    const auto* fields = static_cast<const BrailleTableServiceRequest*>(request);
     wchar_t calls[4096] = {};  // the calls before this one, if any
-    DWORD size = sizeof(calls) - sizeof(wchar_t);
-    RegGetValueW(HKEY_CURRENT_USER, OZDK_EXTENSION_RECORD_KEY, L"Calls", RRF_RT_REG_SZ | RRF_ZEROONFAILURE, nullptr,
-                 calls, &size);
+    GetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls, 4000);
     const size_t used = wcslen(calls);
     _snwprintf(calls + used, 4095 - used, L"%llu %ls %u %u\n",
-               static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(owner)),
-               printerName != nullptr ? printerName : L"(null)", fields.service, fields.tableIndex);
-    RegSetKeyValueW(HKEY_CURRENT_USER, OZDK_EXTENSION_RECORD_KEY, L"Calls", REG_SZ, calls,
-                    static_cast<DWORD>((wcslen(calls) + 1) * sizeof(wchar_t)));
+               static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(owner)), printerName, fields->service,
+               fields->service == kServiceBrailleTable ? fields->tableIndex : 0u);
+    SetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls);
     return ERROR_SUCCESS;
 }
 
