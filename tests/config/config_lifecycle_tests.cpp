@@ -301,7 +301,6 @@ TEST(CreateConfig, TextsThatCannotBeReadWholeAreNotTakenAndUnterminatedOnesAreTe
     {
         TestPrinter printer;
         StoreValue(printer.handle(), nullptr, L"EmbsrBrailleTable", REG_SZ, longText.c_str(), 2 * 400);
-        StoreValue(printer.handle(), L"Config", L"CustomMediaType", REG_SZ, longText.c_str(), 2 * 400);
         const int32_t half[1] = {215900};  // a paper size of the wrong size takes the default
         StoreValue(printer.handle(), L"Config", L"PaperSize", REG_BINARY, half, sizeof(half));
         ksDir.SetString(longText);
@@ -310,8 +309,6 @@ TEST(CreateConfig, TextsThatCannotBeReadWholeAreNotTakenAndUnterminatedOnesAreTe
         ASSERT_EQ(owner.Create(), 1);
         EXPECT_STREQ(owner.config->EmbsrBrailleTable, L"");
         EXPECT_STREQ(owner.config->KSDir, L"");
-        EXPECT_STREQ(owner.config->CustomMediaType, L"");
-        EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomMediaType").AsString(), L"");
         EXPECT_STREQ(owner.config->CustomPatternFileName, kDefaultPattern);
         EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomPatternFileName").AsString(), kDefaultPattern);
         EXPECT_EQ(owner.config->PaperSize.cx, 210000);
