@@ -59,8 +59,7 @@ TEST(PluginLifetime, FinalReleaseDestroysTheSharedConfigurationExactlyOnce) {
     OEMCUIPPARAM param = testenv::MakeParam(printer, heap.get());
     for (int i = 1; i <= 3; ++i) EXPECT_EQ(CreateConfig(&param, plugin->ConfigSlot()), i);
     char freeing[128];
-    FormatNarrow(freeing, sizeof(freeing), "DestroyConfig(): freeing pConfig=0x%p",
-                 static_cast<const void*>(*plugin->ConfigSlot()));
+    FormatNarrow(freeing, sizeof(freeing), "DestroyConfig(): freeing pConfig=0x%p", *plugin->ConfigSlot());
     EXPECT_EQ(plugin->AddRef(), 2u);
     EXPECT_EQ(plugin->Release(), 1u);
     EXPECT_EQ(log.Count(freeing), 0) << "not before the final Release";

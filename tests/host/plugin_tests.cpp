@@ -112,6 +112,7 @@ TEST_F(LoadedPlugin, GetInfoAndDevModeDescribeAndManageThePrivatePart) {
         {"3-byte buffer", true, true, OEMGI_GETSIGNATURE, 3, ERROR_INSUFFICIENT_BUFFER, 4, kUnset},
         {"no buffer", false, true, OEMGI_GETVERSION, 4, ERROR_INSUFFICIENT_BUFFER, 4, kUnset},
         {"no size out", true, false, OEMGI_GETSIGNATURE, 4, ERROR_INVALID_PARAMETER, kUnset, kUnset},
+        {"mode 5", true, true, 5, 4, ERROR_INVALID_PARAMETER, kUnset, kUnset},
     };
     for (const auto& c : cases) {
         DWORD buffer[2] = {kUnset, kUnset}, needed = kUnset;
@@ -129,7 +130,8 @@ TEST_F(LoadedPlugin, GetInfoAndDevModeDescribeAndManageThePrivatePart) {
     EXPECT_EQ(param.cbBufSize, 724u);
     EXPECT_EQ(object->DevMode(5, &param), E_FAIL) << "unknown mode";
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-    EXPECT_EQ(object->DevMode(OEMDM_MERGE, &param), S_OK) << "merge without input or output";
+    param.pOEMDMIn = &param;  // readable, and not a private part of the plug-in
+    EXPECT_EQ(object->DevMode(OEMDM_MERGE, &param), S_OK) << "merge without output";
     EXPECT_EQ(object->DevMode(OEMDM_DEFAULT, &param), E_FAIL) << "default without output";
     EXPECT_EQ(object->DevMode(OEMDM_SIZE, nullptr), E_FAIL);
     struct DevModeCase {
