@@ -1,5 +1,7 @@
 #include "support/wine_environment.h"
 
+#include "tools/host/host_library.h"
+
 #include <shlobj.h>
 
 #include <cstdlib>
@@ -116,14 +118,7 @@ TestPrinter::TestPrinter(const wchar_t* stem) : name_(UniqueName(stem)) {
     DeleteFileW(jobsFile_.c_str());
     port_ = L"|cat >> " + Widen(jobs);
 
-    PRINTER_INFO_2W info = {};
-    info.pPrinterName = const_cast<wchar_t*>(name_.c_str());
-    info.pPortName = const_cast<wchar_t*>(port_.c_str());
-    info.pDriverName = const_cast<wchar_t*>(L"Test Embosser");
-    info.pPrintProcessor = const_cast<wchar_t*>(L"WinPrint");
-    info.pDatatype = const_cast<wchar_t*>(L"RAW");
-    HANDLE added = AddPrinterW(nullptr, 2, reinterpret_cast<BYTE*>(&info));
-    if (added != nullptr) ClosePrinter(added);
+    ozdkhost::AddPrinterOfDriver(name_, L"Test Embosser", port_);
     PRINTER_DEFAULTSW defaults = {nullptr, nullptr, PRINTER_ALL_ACCESS};
     OpenPrinterW(const_cast<wchar_t*>(name_.c_str()), &handle_, &defaults);
 }
@@ -143,10 +138,7 @@ std::string TestPrinter::Jobs() const { return ReadWholeFile(jobsFile_); }
 void TestPrinter::ClearJobs() const { DeleteFileW(jobsFile_.c_str()); }
 
 void TestPrinter::MakeNetworkPort(const std::wstring& hostName, const std::wstring& ipAddress) const {
-    const std::wstring path = StandardTcpIpPortPath(port_);
-    if (!hostName.empty()) WriteRegString(HKEY_LOCAL_MACHINE, path, L"HostName", hostName);
-    if (!ipAddress.empty()) WriteRegString(HKEY_LOCAL_MACHINE, path, L"IPAddress", ipAddress);
-    WriteRegDword(HKEY_LOCAL_MACHINE, path, L"PortNumber", 9100);
+    ozdkhost::RegisterStandardTcpIpPort(port_, hostName, nullptr, ipAddress);
 }
 
 std::wstring TraceLog::Folder() {

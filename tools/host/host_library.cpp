@@ -884,25 +884,29 @@ bool AddPrinterOfDriver(const std::wstring& name, const std::wstring& driver, co
 
 // --- screenshots ---
 
-bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log) {
+bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log,
+                               const std::wstring& ipAddress) {
     const std::wstring path =
         L"SYSTEM\\CurrentControlSet\\Control\\Print\\Monitors\\Standard TCP/IP Port\\Ports\\" + port;
     HKEY key = nullptr;
     LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_SET_VALUE, nullptr, &key,
                                      nullptr);
     if (status == ERROR_SUCCESS) {
-        const DWORD portNumber = 9100;
-        const DWORD protocol = 1;  // raw
-        status = RegSetValueExW(key, L"HostName", 0, REG_SZ, reinterpret_cast<const BYTE*>(hostName.c_str()),
-                                static_cast<DWORD>((hostName.size() + 1) * sizeof(wchar_t)));
-        if (status == ERROR_SUCCESS) {
-            status = RegSetValueExW(key, L"PortNumber", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&portNumber),
-                                    sizeof(portNumber));
-        }
-        if (status == ERROR_SUCCESS) {
-            status = RegSetValueExW(key, L"Protocol", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&protocol),
-                                    sizeof(protocol));
-        }
+        const auto setText = [&](const wchar_t* name, const std::wstring& text) {
+            if (status == ERROR_SUCCESS && !text.empty()) {
+                status = RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                                        static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+            }
+        };
+        const auto setNumber = [&](const wchar_t* name, DWORD value) {
+            if (status == ERROR_SUCCESS) {
+                status = RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof(value));
+            }
+        };
+        setText(L"HostName", hostName);
+        setText(L"IPAddress", ipAddress);
+        setNumber(L"PortNumber", 9100);
+        setNumber(L"Protocol", 1);  // raw
         RegCloseKey(key);
     }
     if (status != ERROR_SUCCESS) {

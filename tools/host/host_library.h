@@ -352,8 +352,10 @@ bool AddPrinterOfDriver(const std::wstring& name, const std::wstring& driver, co
 
 // Registers `port` as a port of the Standard TCP/IP port monitor that reaches
 // `hostName` (the monitor's "HostName" value, raw printing on 9100), the way the port
-// monitor's own set-up leaves it. True when the values were written.
-bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log = nullptr);
+// monitor's own set-up leaves it; `ipAddress`, when given, as its "IPAddress" value. An
+// empty host name is left out. True when the values were written.
+bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hostName, HostLog* log = nullptr,
+                               const std::wstring& ipAddress = std::wstring());
 
 // Saves a PNG of the X display the process runs on (xwd | convert, run on the Unix
 // side), cut to `window`'s rectangle when one is given. True when the file was written.

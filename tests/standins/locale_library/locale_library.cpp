@@ -10,9 +10,8 @@
 
 namespace {
 
-struct Instance {
-    std::wstring folder;
-};
+// An instance is the locale folder it was created for.
+using Instance = std::wstring;
 
 struct Entry {
     const wchar_t* section;
@@ -26,8 +25,8 @@ const Entry kTable[] = {
     {L"Caption", L"Layout", L"Seite"},
 };
 
-void Record(const Instance* instance, const std::wstring& line) {
-    FILE* file = _wfopen((instance->folder + L"\\" OZDK_LOCALE_REQUESTS_FILE).c_str(), L"ab");
+void Record(const Instance* folder, const std::wstring& line) {
+    FILE* file = _wfopen((*folder + L"\\" OZDK_LOCALE_REQUESTS_FILE).c_str(), L"ab");
     if (file == nullptr) return;
     for (wchar_t c : line + L"\n") fputc(c < 0x80 ? static_cast<char>(c) : '?', file);
     fclose(file);
@@ -35,9 +34,7 @@ void Record(const Instance* instance, const std::wstring& line) {
 
 const wchar_t* Lookup(const wchar_t* section, const wchar_t* key) {
     for (const Entry& entry : kTable) {
-        if (section != nullptr && key != nullptr && wcscmp(entry.section, section) == 0 && wcscmp(entry.key, key) == 0) {
-            return entry.text;
-        }
+        if (section && key && wcscmp(entry.section, section) == 0 && wcscmp(entry.key, key) == 0) return entry.text;
     }
     return nullptr;
 }
@@ -56,7 +53,7 @@ extern "C" {
 // No instance without the locale folder.
 void* Create(const wchar_t* folder, const wchar_t* section) {
     if (folder == nullptr || GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES) return nullptr;
-    auto* instance = new Instance{folder};
+    auto* instance = new Instance(folder);
     Record(instance, std::wstring(L"Create ") + folder + L"|" + (section != nullptr ? section : L"(null)"));
     return instance;
 }
