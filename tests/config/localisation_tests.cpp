@@ -112,4 +112,13 @@ TEST(Localisation, WithoutAWorkingLibraryEveryLoaderGivesTheResourceText) {
             for (int i = 0; i < kLocaleFunctionCount; ++i) EXPECT_EQ(slots[i], nullptr) << i;
         }
     }
+    // The resource texts are the translations' keys, and items are known by their caption's
+    // number: a few of each kind, at their fixed numbers.
+    Localised plain(nullptr);
+    EXPECT_EQ(plain.String(4), L"Legacy Settings");
+    EXPECT_EQ(plain.String(213), L"Islandic");
+    EXPECT_EQ(plain.String(243), L"Custom 16");
+    EXPECT_EQ(plain.String(196), L"Quorl");
+    EXPECT_EQ(plain.String(156), L"This form could not be added because the name of this form already exists in the "
+                                 L"Printer Server Properties.\r\nPlease use a different form name.");
 }

@@ -12,6 +12,7 @@
 
 #include "base/printer_oem_ui.h"
 #include "support/wine_environment.h"
+#include "tools/host/host_library.h"
 
 namespace testenv {
 
@@ -58,12 +59,7 @@ inline std::wstring BuildFilePath(const std::wstring& relative) {
     return WindowsPath(build != nullptr ? build : "") + L"\\" + relative;
 }
 
-inline std::wstring PrinterDriverDirectory() {
-    wchar_t directory[MAX_PATH] = {};
-    DWORD needed = 0;
-    GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(directory), sizeof(directory), &needed);
-    return directory;
-}
+using ozdkhost::PrinterDriverDirectory;
 
 // Where the plug-in looks for the language-monitor extension library.
 inline std::wstring ExtensionLibraryPath() { return PrinterDriverDirectory() + L"\\3\\ozdkrnlmex.dll"; }

@@ -151,14 +151,19 @@ DWORD CountOpenHandles() {
     return count;
 }
 
-std::wstring InstalledPluginPath() {
+std::wstring PrinterDriverDirectory() {
     wchar_t directory[MAX_PATH] = {};
     DWORD needed = 0;
     if (!GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(directory), sizeof(directory),
                                     &needed)) {
         return std::wstring();
     }
-    return std::wstring(directory) + L"\\3\\ozdkrnui.dll";
+    return directory;
+}
+
+std::wstring InstalledPluginPath() {
+    const std::wstring directory = PrinterDriverDirectory();
+    return directory.empty() ? directory : directory + L"\\3\\ozdkrnui.dll";
 }
 
 // --- PluginLibrary ---

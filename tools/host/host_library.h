@@ -49,6 +49,9 @@ DWORD ProcessHandleCount();
 // possible handle value), for systems whose GetProcessHandleCount does not count.
 DWORD CountOpenHandles();
 
+// The printer-driver folder of this machine; empty when the spooler does not say.
+std::wstring PrinterDriverDirectory();
+
 // Where the driver keeps the plug-in: the printer-driver directory + "\3\ozdkrnui.dll".
 std::wstring InstalledPluginPath();
 
