@@ -2,12 +2,8 @@
 // libraries' places and the maker's folder.
 #pragma once
 
-#include <windows.h>
-#include <winspool.h>
-
 #include <fstream>
 #include <iterator>
-#include <string>
 
 #include "support/host_fixtures.h"
 #include "support/spooler_doubles.h"

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
-#include <windows.h>
 #include <shlobj.h>
 
 #include <cstddef>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "config/config_lifecycle.h"
 #include "config_fixtures.h"
@@ -66,12 +63,6 @@ const IntegerDefault kIntegerDefaults[] = {
 
 const wchar_t kDefaultPattern[] = L"C:\\ProgramData\\Kestrova\\Quorl\\Patterns\\Default.dat";
 
-std::wstring PatternFolder() {
-    wchar_t folder[MAX_PATH] = {};
-    SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder);
-    return std::wstring(folder) + L"\\Kestrova\\Quorl\\Patterns\\";
-}
-
 // Every call the peripheral installer stand-in recorded, a line each.
 std::string InstallerCalls() {
     std::string text(4096, '\0');
@@ -114,16 +105,14 @@ TEST(CreateConfig, OnAPrinterWithoutStoredValuesWritesBackEveryDefault) {
     }
 
     // Strings go out without their terminator: 2 x length bytes.
-    const auto* media = spooler.FindWrite(L"Config", L"CustomMediaType");
-    ASSERT_NE(media, nullptr);
-    EXPECT_EQ(media->type, static_cast<DWORD>(REG_SZ));
-    EXPECT_EQ(media->data.size(), 0u);
-    const auto* pattern = spooler.FindWrite(L"Config", L"CustomPatternFileName");
-    ASSERT_NE(pattern, nullptr);
-    EXPECT_EQ(pattern->type, static_cast<DWORD>(REG_SZ));
-    EXPECT_EQ(pattern->data.size(), 2 * wcslen(kDefaultPattern));
+    for (const std::wstring text : {std::wstring(), std::wstring(kDefaultPattern)}) {
+        const auto* write = spooler.FindWrite(L"Config", text.empty() ? L"CustomMediaType" : L"CustomPatternFileName");
+        ASSERT_NE(write, nullptr);
+        EXPECT_EQ(write->type, static_cast<DWORD>(REG_SZ));
+        EXPECT_EQ(std::wstring(reinterpret_cast<const wchar_t*>(write->data.data()), write->data.size() / 2), text);
+        EXPECT_EQ(write->data.size(), 2 * text.size());
+    }
     EXPECT_STREQ(config->CustomPatternFileName, kDefaultPattern);
-    EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomPatternFileName").AsString(), kDefaultPattern);
 
     const auto paper = ReadPrinterData(printer.handle(), L"Config", L"PaperSize");
     EXPECT_EQ(paper.type, static_cast<DWORD>(REG_BINARY));
@@ -329,7 +318,10 @@ TEST(CreateConfig, TextsThatCannotBeReadWholeAreNotTakenAndUnterminatedOnesAreTe
         EXPECT_STREQ(owner.config->KSDir, L"C:\\KS");
         EXPECT_STREQ(owner.config->EmbsrBrailleTable, L"");
         EXPECT_EQ(ReadPrinterData(printer.handle(), nullptr, L"EmbsrBrailleTable").type, DWORD(REG_DWORD));
-        EXPECT_EQ(std::wstring(owner.config->CustomPatternFileName), PatternFolder() + L"Mine.dat");
+        wchar_t common[MAX_PATH] = {};
+        SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, common);
+        EXPECT_EQ(std::wstring(owner.config->CustomPatternFileName),
+                  std::wstring(common) + L"\\Kestrova\\Quorl\\Patterns\\Mine.dat");
         EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config", L"CustomPatternFileName").AsString(), stored)
             << "the user's pattern is not stored";
     }

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <cwchar>
 #include <memory>
-#include <string>
 
 #include "base/text_format.h"
 #include "config/localisation.h"

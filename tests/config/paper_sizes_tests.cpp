@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <climits>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "config/paper_sizes.h"
 #include "config_fixtures.h"

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <cwchar>
-#include <string>
 
 #include "config/printer_data.h"
 #include "config/registry.h"
@@ -134,16 +132,6 @@ TEST(PrinterDataWriters, EveryWriterRetriesOnceThroughAFullAccessReopen) {
     }
 }
 
-namespace {
-UIConfig* RecordOf(const TestPrinter& printer) {
-    static UIConfig config;
-    config = UIConfig{};
-    wcsncpy(config.PrinterName, printer.name().c_str(), 259);
-    config.hPrinter = printer.handle();
-    return &config;
-}
-}  // namespace
-
 // Refused for real (a registry ACL on "Config"): tried twice, the failure reported. With
 // a reopen that fails: tried once, the first status reported.
 TEST(PrinterDataWriters, AWriteThatCannotBeMadeReportsItsFailure) {
@@ -171,19 +159,22 @@ TEST(MediaTypes, AreWrittenEnumeratedAsADoubleTerminatedListAndRemovedThroughARe
     wchar_t list[8];
     wmemset(list, L'#', 8);
     DWORD bytes = 99;
-    EXPECT_EQ(EnumConfigMediaTypes(RecordOf(printer), list, &bytes), 0u) << "no key yet";
+    UIConfig record = {};
+    wcsncpy(record.PrinterName, printer.name().c_str(), kTextCapacity - 1);
+    record.hPrinter = printer.handle();
+    EXPECT_EQ(EnumConfigMediaTypes(&record, list, &bytes), 0u) << "no key yet";
     EXPECT_EQ(bytes, 0u);
     EXPECT_EQ(list[0], L'#') << "not even a terminator";
     EXPECT_EQ(SetConfigMediaType(L"A", 1), DWORD(ERROR_INVALID_HANDLE)) << "no dialog has made a printer current";
 
-    SetCurrentMediaTypeConfig(RecordOf(printer));
+    SetCurrentMediaTypeConfig(&record);
     ASSERT_EQ(SetConfigMediaType(L"A", 0x0802), 0u);
     ASSERT_EQ(SetConfigMediaType(L"BC", 0x1003), 0u);
     SetCurrentMediaTypeConfig(nullptr);
     EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config\\MediaTypes", L"BC").AsDword(), 0x1003u);
-    EXPECT_EQ(EnumConfigMediaTypes(RecordOf(printer), nullptr, &bytes), 12u);
+    EXPECT_EQ(EnumConfigMediaTypes(&record, nullptr, &bytes), 12u);
     EXPECT_EQ(bytes, 12u);
-    EXPECT_EQ(EnumConfigMediaTypes(RecordOf(printer), list, nullptr), 12u);
+    EXPECT_EQ(EnumConfigMediaTypes(&record, list, nullptr), 12u);
     EXPECT_EQ(std::wstring(list, 7), std::wstring(L"A\0BC\0\0#", 7));
 
     testenv::TestSpooler spooler;

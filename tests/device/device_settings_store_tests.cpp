@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <vector>
 
 #include "device/device_settings_store.h"
 #include "device/legacy_transports.h"

@@ -8,9 +8,7 @@
 #include <compstui.h>
 
 #include <initializer_list>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "base/printer_oem_ui.h"
 #include "config/config_lifecycle.h"

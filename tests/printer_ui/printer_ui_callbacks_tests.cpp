@@ -94,10 +94,7 @@ TEST(OEMPrinterUICallBack, ReadOnceApplyEditsAndResetToDefaultWhicheverButtonIsP
     // defaults; then "Yes" after the device's characters per line changed again. Either
     // way every item is reset and marked changed (the flags are checked after "No").
     const HWND page = CreateWindowExW(0, L"STATIC", L"page", 0, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
-    const struct {
-        int answer;
-        std::string jobs;
-    } cases[] = {
+    const struct { int answer; std::string jobs; } cases[] = {
         {IDNO, Default("PAPERWIDTH=6120") + Default("PAPERLENGTH=7920") + Default("TOPMARGIN=10") +
                    Default("LEFTMARGIN=5") + Default("RIGHTMARGIN=5") + Default("CHARSWIDTH=32") +
                    Default("LINESLENGTH=25") + Default("GRAPHICS=OFF") + Default("BRAILLEDOTS=6") +

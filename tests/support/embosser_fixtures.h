@@ -9,7 +9,6 @@
 
 #include <cstring>
 #include <memory>
-#include <string>
 
 #include "config/ui_config.h"
 #include "embosser_simulator.h"

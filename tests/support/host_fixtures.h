@@ -3,11 +3,7 @@
 // Header-only, so that any test program can use it.
 #pragma once
 
-#include <windows.h>
-#include <winspool.h>
-
 #include <cstdlib>
-#include <string>
 #include <utility>
 
 #include "base/printer_oem_ui.h"

@@ -14,7 +14,6 @@ const RecordedWrite* TestSpooler::FindWrite(const wchar_t* key, const wchar_t* n
 
 BOOL TestSpooler::OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) {
     if (refuseFullAccess && defaults != nullptr && defaults->DesiredAccess == PRINTER_ALL_ACCESS) {
-        ++refusedOpens;
         SetLastError(ERROR_ACCESS_DENIED);
         return FALSE;
     }

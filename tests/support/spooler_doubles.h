@@ -37,7 +37,6 @@ public:
     std::vector<RecordedWrite> writes;
     std::vector<std::wstring> reads;  // value names
     std::vector<RecordedWrite> deletions;
-    int refusedOpens = 0;
     const RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const;  // key null: top level
 
     BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) override;

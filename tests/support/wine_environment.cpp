@@ -4,6 +4,7 @@
 
 #include <shlobj.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -168,9 +169,8 @@ std::vector<std::string> TraceLog::Lines() const {
 }
 
 int TraceLog::Count(const std::string& line) const {
-    int count = 0;
-    for (const auto& each : Lines()) count += each == line ? 1 : 0;
-    return count;
+    const auto lines = Lines();
+    return static_cast<int>(std::count(lines.begin(), lines.end(), line));
 }
 
 bool TraceLog::Contains(const std::string& line) const { return Count(line) > 0; }

@@ -13,11 +13,7 @@ namespace {
 // An instance is the locale folder it was created for.
 using Instance = std::wstring;
 
-struct Entry {
-    const wchar_t* section;
-    const wchar_t* key;
-    const wchar_t* text;
-};
+struct Entry { const wchar_t* section; const wchar_t* key; const wchar_t* text; };
 const Entry kTable[] = {
     {L"Strings", L"Form Size", L"Formulargr\u00f6\u00dfe"},
     {L"Strings", L"Layout", L"Seitenlayout"},
