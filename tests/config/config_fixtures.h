@@ -32,11 +32,8 @@ inline std::wstring PeripheralInstallerPath() {
 inline void StoreValue(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const void* data,
                        DWORD size) {
     BYTE* bytes = static_cast<BYTE*>(const_cast<void*>(data));
-    if (key != nullptr) {
-        SetPrinterDataExW(printer, key, name, type, bytes, size);
-    } else {
-        SetPrinterDataW(printer, const_cast<wchar_t*>(name), type, bytes, size);
-    }
+    key != nullptr ? SetPrinterDataExW(printer, key, name, type, bytes, size)
+                   : SetPrinterDataW(printer, const_cast<wchar_t*>(name), type, bytes, size);
 }
 inline void StoreConfigDword(HANDLE printer, const wchar_t* name, DWORD value) {
     StoreValue(printer, L"Config", name, REG_DWORD, &value, sizeof(value));

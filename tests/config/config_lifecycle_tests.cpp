@@ -144,17 +144,17 @@ TEST(CreateConfig, ReadsStoredValuesOnceSharesTheRecordAndDestroyFreesIt) {
         Owner first(printer);  // every value exists afterwards
         ASSERT_EQ(first.Create(), 1);
     }
-    StoreConfigDword(printer.handle(), L"OutputVersion", 1);
-    StoreConfigDword(printer.handle(), L"MediaType", 268);
-    StoreConfigDword(printer.handle(), L"InterPoint", 1);
-    StoreConfigDword(printer.handle(), L"Brightness", static_cast<DWORD>(-40));
+    for (const auto& [name, value] : {std::pair<const wchar_t*, DWORD>{L"OutputVersion", 1}, {L"MediaType", 268},
+                                      {L"InterPoint", 1}, {L"Brightness", static_cast<DWORD>(-40)}}) {
+        StoreConfigDword(printer.handle(), name, value);
+    }
     const int32_t letter[2] = {215900, 279400};
     StoreValue(printer.handle(), L"Config", L"PaperSize", REG_BINARY, letter, sizeof(letter));
     const wchar_t media[] = L"Thick Paper";
     StoreValue(printer.handle(), L"Config", L"CustomMediaType", REG_SZ, media, 2 * (DWORD)wcslen(media));
-    const DWORD formWidth = 171, lineSpacing = 3;
-    StoreValue(printer.handle(), nullptr, L"EmbsrFormWidth", REG_DWORD, &formWidth, 4);
-    StoreValue(printer.handle(), nullptr, L"EmbsrLineSpacing", REG_DWORD, &lineSpacing, 4);
+    for (const auto& [name, value] : {std::pair<const wchar_t*, DWORD>{L"EmbsrFormWidth", 171}, {L"EmbsrLineSpacing", 3}}) {
+        StoreValue(printer.handle(), nullptr, name, REG_DWORD, &value, 4);
+    }
     const wchar_t table[] = L"GERMAN";
     StoreValue(printer.handle(), nullptr, L"EmbsrBrailleTable", REG_SZ, table, sizeof(table));
     const wchar_t pattern[] = L"Z:\\stored\\Stored.dat";
@@ -329,15 +329,11 @@ TEST(CreateConfig, TextsThatCannotBeReadWholeAreNotTakenAndUnterminatedOnesAreTe
 
 TEST(CreateConfig, RefusesWhatItCannotAttach) {
     TestPrinter printer;
-    HostHeap heap;
-    OEMCUIPPARAM param = MakeParam(printer, heap.get());
-    UIConfig* config = nullptr;
-    EXPECT_EQ(CreateConfig(nullptr, &config), 0);
-    EXPECT_EQ(config, nullptr);
-    EXPECT_EQ(CreateConfig(&param, nullptr), 0);
-
-    param.hOEMHeap = nullptr;  // no heap to take the record from
-    EXPECT_EQ(CreateConfig(&param, &config), 0);
-    EXPECT_EQ(config, nullptr);
-    EXPECT_EQ(heap.BusyBlocks(), 0);
+    Owner owner(printer);
+    EXPECT_EQ(CreateConfig(nullptr, &owner.config), 0);
+    EXPECT_EQ(CreateConfig(&owner.param, nullptr), 0);
+    owner.param.hOEMHeap = nullptr;  // no heap to take the record from
+    EXPECT_EQ(owner.Create(), 0);
+    EXPECT_EQ(owner.config, nullptr);
+    EXPECT_EQ(owner.heap.BusyBlocks(), 0);
 }

@@ -206,7 +206,8 @@ TEST(RegistryStringReader, ReturnsTheQuerysStatusTerminatesAndClosesTheKey) {
     testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Unterminated", REG_SZ, L"Quorl", 10);
     testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Full", REG_SZ, longText.c_str(), 520);
     testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Long", REG_SZ, longText.c_str(), 600);
-    testenv::WriteRegDword(HKEY_CURRENT_USER, path, L"Number", 7);
+    const DWORD seven = 7;
+    testenv::WriteRegBytes(HKEY_CURRENT_USER, path, L"Number", REG_DWORD, &seven, 4);
     struct Case { const wchar_t* name; LONG status; std::wstring expected; } const cases[] = {
         {L"Unterminated", ERROR_SUCCESS, L"Quorl"},
         {L"Full", ERROR_SUCCESS, std::wstring(259, L'k')},

@@ -21,16 +21,7 @@ public:
     HostHeap& operator=(const HostHeap&) = delete;
     HANDLE get() const { return heap_; }
 
-    int BusyBlocks() const {  // blocks handed out and not yet freed
-        int busy = 0;
-        PROCESS_HEAP_ENTRY entry = {};
-        HeapLock(heap_);
-        while (HeapWalk(heap_, &entry)) {
-            busy += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? 1 : 0;
-        }
-        HeapUnlock(heap_);
-        return busy;
-    }
+    int BusyBlocks() const { return static_cast<int>(ozdkhost::MeasureHeapUsage(heap_).busyBlocks); }
 
 private:
     HANDLE heap_;
@@ -67,9 +58,7 @@ class PlacedCompanion {
 public:
     PlacedCompanion(const std::wstring& source, std::wstring destination) : destination_(std::move(destination)) {
         DeleteFileW(destination_.c_str());
-        if (!source.empty()) {
-            placed_ = CopyFileW(source.c_str(), destination_.c_str(), FALSE) != FALSE;
-        }
+        placed_ = !source.empty() && CopyFileW(source.c_str(), destination_.c_str(), FALSE);
     }
     ~PlacedCompanion() { DeleteFileW(destination_.c_str()); }
     PlacedCompanion(const PlacedCompanion&) = delete;

@@ -30,29 +30,27 @@ BOOL TestSpooler::GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD s
 
 DWORD TestSpooler::GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
                                    DWORD* needed) {
-    reads.push_back(name);
-    return Spooler::GetPrinterDataW(printer, name, type, data, size, needed);
+    return GetPrinterDataExW(printer, nullptr, name, type, data, size, needed);
 }
 
+// `key` null: top-level printer data.
 DWORD TestSpooler::GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
                                      DWORD size, DWORD* needed) {
     reads.push_back(name);
-    return Spooler::GetPrinterDataExW(printer, key, name, type, data, size, needed);
+    return key != nullptr ? Spooler::GetPrinterDataExW(printer, key, name, type, data, size, needed)
+                          : Spooler::GetPrinterDataW(printer, name, type, data, size, needed);
 }
 
 DWORD TestSpooler::SetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD type, const BYTE* data, DWORD size) {
-    const DWORD status = printer == refuseWritesThrough ? ERROR_ACCESS_DENIED
-                                                        : Spooler::SetPrinterDataW(printer, name, type, data, size);
-    writes.push_back({printer, L"", name, type, std::vector<BYTE>(data, data + size), status});
-    return status;
+    return SetPrinterDataExW(printer, nullptr, name, type, data, size);
 }
 
 DWORD TestSpooler::SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type,
                                      const BYTE* data, DWORD size) {
-    const DWORD status = printer == refuseWritesThrough
-                             ? ERROR_ACCESS_DENIED
-                             : Spooler::SetPrinterDataExW(printer, key, name, type, data, size);
-    writes.push_back({printer, key, name, type, std::vector<BYTE>(data, data + size), status});
+    const DWORD status = printer == refuseWritesThrough ? ERROR_ACCESS_DENIED
+                         : key != nullptr ? Spooler::SetPrinterDataExW(printer, key, name, type, data, size)
+                                          : Spooler::SetPrinterDataW(printer, name, type, data, size);
+    writes.push_back({printer, key != nullptr ? key : L"", name, type, std::vector<BYTE>(data, data + size), status});
     return status;
 }
 

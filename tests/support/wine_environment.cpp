@@ -67,10 +67,6 @@ void WriteRegString(HKEY root, const std::wstring& path, const wchar_t* name, co
     WriteRegBytes(root, path, name, REG_SZ, value.c_str(), static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
 }
 
-void WriteRegDword(HKEY root, const std::wstring& path, const wchar_t* name, DWORD value) {
-    WriteRegBytes(root, path, name, REG_DWORD, &value, sizeof(value));
-}
-
 void DeleteRegTree(HKEY root, const std::wstring& path) { RegDeleteTreeW(root, path.c_str()); RegDeleteKeyW(root, path.c_str()); }
 
 std::wstring PrinterRegistryPath(const std::wstring& printerName) {
@@ -87,10 +83,8 @@ DWORD StoredValue::AsDword() const {
     return value;
 }
 
-std::wstring StoredValue::AsString() const {
-    std::wstring text(reinterpret_cast<const wchar_t*>(data.data()), data.size() / sizeof(wchar_t));
-    while (!text.empty() && text.back() == L'\0') text.pop_back();
-    return text;
+std::wstring StoredValue::AsString() const {  // up to the first terminator, if any
+    return std::wstring(reinterpret_cast<const wchar_t*>(data.data()), data.size() / sizeof(wchar_t)).c_str();
 }
 
 StoredValue ReadPrinterData(HANDLE printer, const wchar_t* key, const wchar_t* name) {

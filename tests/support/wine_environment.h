@@ -24,7 +24,6 @@ std::wstring Widen(const std::string& text);
 
 // Registry.
 void WriteRegString(HKEY root, const std::wstring& path, const wchar_t* name, const std::wstring& value);
-void WriteRegDword(HKEY root, const std::wstring& path, const wchar_t* name, DWORD value);
 void WriteRegBytes(HKEY root, const std::wstring& path, const wchar_t* name, DWORD type, const void* data,
                    DWORD size);
 void DeleteRegTree(HKEY root, const std::wstring& path);

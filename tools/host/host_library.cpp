@@ -105,6 +105,22 @@ std::wstring HostLog::Text() const {
 
 // --- measurements ---
 
+HeapUsage MeasureHeapUsage(HANDLE heap) {
+    HeapUsage usage;
+    if (!HeapLock(heap)) {
+        return usage;
+    }
+    PROCESS_HEAP_ENTRY entry = {};
+    while (HeapWalk(heap, &entry)) {
+        if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
+            usage.busyBytes += entry.cbData;
+            usage.busyBlocks += 1;
+        }
+    }
+    HeapUnlock(heap);
+    return usage;
+}
+
 HeapUsage MeasureHeapUsage() {
     HeapUsage usage;
     std::vector<HANDLE> heaps(64);
@@ -115,17 +131,9 @@ HeapUsage MeasureHeapUsage() {
     }
     heaps.resize(count < heaps.size() ? count : heaps.size());
     for (HANDLE heap : heaps) {
-        if (!HeapLock(heap)) {
-            continue;
-        }
-        PROCESS_HEAP_ENTRY entry = {};
-        while (HeapWalk(heap, &entry)) {
-            if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) {
-                usage.busyBytes += entry.cbData;
-                usage.busyBlocks += 1;
-            }
-        }
-        HeapUnlock(heap);
+        const HeapUsage one = MeasureHeapUsage(heap);
+        usage.busyBytes += one.busyBytes;
+        usage.busyBlocks += one.busyBlocks;
     }
     return usage;
 }

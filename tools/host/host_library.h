@@ -41,8 +41,9 @@ struct HeapUsage {
     SIZE_T busyBytes = 0;
     SIZE_T busyBlocks = 0;
 };
-// Busy blocks of every heap of the process (HeapWalk).
+// Busy blocks of every heap of the process (HeapWalk), or of one heap.
 HeapUsage MeasureHeapUsage();
+HeapUsage MeasureHeapUsage(HANDLE heap);
 // GetProcessHandleCount of this process; 0 when it cannot be had (Wine answers 0).
 DWORD ProcessHandleCount();
 // The handles of this process counted one by one (GetHandleInformation on every

@@ -19,10 +19,10 @@ bool RecreateConfigKey(const char* printerName) {
         return false;
     }
     DWORD version = 1;
-    const DWORD status =
-        SetPrinterDataExW(printer, L"Config", L"OutputVersion", REG_DWORD, reinterpret_cast<BYTE*>(&version), 4);
+    const bool made = SetPrinterDataExW(printer, L"Config", L"OutputVersion", REG_DWORD,
+                                        reinterpret_cast<BYTE*>(&version), 4) == ERROR_SUCCESS;
     ClosePrinter(printer);
-    return status == ERROR_SUCCESS;
+    return made;
 }
 
 }  // namespace
