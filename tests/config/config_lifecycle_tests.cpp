@@ -86,7 +86,6 @@ TEST(CreateConfig, OnAPrinterWithoutStoredValuesWritesBackEveryDefault) {
 
     ASSERT_EQ(owner.Create(), 1);
     const UIConfig* config = owner.config;
-    ASSERT_NE(config, nullptr);
     EXPECT_EQ(config->Size, 7024u);
     EXPECT_EQ(config->UsageCount, 1u);
     EXPECT_EQ(config->hPrinter, printer.handle());

@@ -127,6 +127,7 @@ TEST(PrinterPropertyPage, BuildsTheItemsInOrderWithTheirKindsAndShowsOddValuesOf
         {"media 0x20 (0x120 - 0x118)", SET(c.EmbsrMediaType = 0x20), 57, L"Custom 9"},
         {"media 0x128 unknown", SET(c.EmbsrMediaType = 0x128), 57, L"Default 1 (Braille Paper)"},
         {"standard 6", SET(c.EmbsrBrailleStandard = 6), 228, L"Marburg"},
+        {"standard 5", SET(c.EmbsrBrailleStandard = 5), 228, L"Jumbo"},
         {"graphics 2", SET(c.EmbsrGraphicsMode = 2), 42, L"Text"},
         {"quality 7", SET(c.EmbsrQuality = 7), 232, L"Standard"},
         {"duplex 5", SET(c.EmbsrDuplex = 5), 27, L"Double Sided (Interpoint)", L"Single Sided"},
