@@ -115,4 +115,5 @@
 #define IDS_BROWSE                       246
 #define IDS_AUTOMATIC_PATTERN            247
 #define IDS_PATTERN_FILES                248
+#define IDS_CENTIMETERS                  250
 #define IDS_RESET_LEGACY_SETTINGS        300

@@ -1,0 +1,99 @@
+// Numbers of the document pages' dialogs, their controls and their pictures
+// (resources/document_dialogs.rc, resources/pictures.rc). The numbers are fixed: the
+// locale library and the driver's configuration know them.
+// Plain #defines only, so that resource scripts may include this header too.
+#pragma once
+
+// --- dialogs ---
+#define IDD_CUSTOM_MEDIA_TYPE            105
+#define IDD_QUORL_PAGE                   106
+#define IDD_LAYOUT_PAGE                  110
+#define IDD_PAPER_PAGE                   111
+#define IDD_LAYOUT_ADVANCED              112
+#define IDD_PAPER_ADVANCED               113
+#define IDD_CUSTOM_FORM                  134
+
+// --- pictures ---
+#define IDB_PORTRAIT                     116
+#define IDB_LANDSCAPE                    117
+#define IDB_LANDSCAPE_INVERSE            118
+#define IDB_SINGLE_SIDED                 119
+#define IDB_DOUBLE_SIDED                 120
+#define IDB_DOUBLE_SIDED_EMPTY_PAGE      121
+#define IDB_COLLATED                     122
+#define IDB_UNCOLLATED                   123
+#define IDI_EMBOSS                       124
+#define IDI_PRINT                        126
+#define IDB_FOLD_LINE                    135
+#define IDB_NO_FOLD_LINE                 136
+#define IDB_LOGO                         157
+
+// The transparent colour of every picture: RGB(0, 255, 255).
+#define PICTURE_TRANSPARENT_COLOR        0xFFFF00
+
+// Apply button of the module's own dialogs.
+#define ID_APPLY_NOW                     0x3021
+
+// --- "Layout" page (110) ---
+#define IDC_COLLATE                      1015
+#define IDC_INVERSE                      1016
+#define IDC_ORIENTATION_GROUP            1046
+#define IDC_OUTPUT_GROUP                 1048
+#define IDC_PORTRAIT                     1055
+#define IDC_LANDSCAPE                    1056
+#define IDC_SINGLE_SIDED                 1057
+#define IDC_DOUBLE_SIDED                 1058
+#define IDC_FACE_UP                      1059
+#define IDC_FACE_DOWN                    1060
+#define IDC_OPEN_TO_LEFT                 1061
+#define IDC_OPEN_TO_TOP                  1062
+#define IDC_ORIENTATION_PICTURE          1066
+#define IDC_SIDES_PICTURE                1067
+#define IDC_COLLATION_PICTURE            1068
+#define IDC_FOLD_LINE_PICTURE            1069
+#define IDC_LOGO_PICTURE                 1076
+#define IDC_LAYOUT_LIST                  1080
+#define IDC_PREVIEW                      1110
+#define IDC_MAGAZINE_FOLD_LINE           1111
+#define IDC_INSERT_EMPTY_PAGE            2130
+#define IDC_ADVANCED                     2147
+#define IDC_DEFAULTS                     2148
+
+// --- Layout "Advanced" (112) ---
+#define IDC_ROTATED_LANDSCAPE            2140
+#define IDC_HORIZONTAL_SHIFT             2144
+
+// --- "Paper/Media" page (111) ---
+#define IDC_PAPER_MEDIA_GROUP            1008
+#define IDC_PAPER_SOURCE_GROUP           1009
+#define IDC_PAPER_SIZE_LABEL             1047
+#define IDC_MEDIA_TYPE_LABEL             1048
+#define IDC_MEDIA_SURFACE_LABEL          1049
+#define IDC_MEDIA_TYPE_LIST              2074
+#define IDC_MEDIA_SURFACE_LIST           2075
+#define IDC_PAPER_SOURCE_LIST            2076
+#define IDC_PAPER_SIZE_LIST              2078
+
+// --- Paper "Advanced" (113); its media combo is IDC_MEDIA_TYPE_LIST ---
+#define IDC_FORM_SIZE_TEXT               1070
+#define IDC_FORMS_LIST                   1072
+#define IDC_METRIC                       1073
+#define IDC_ENGLISH                      1074
+#define IDC_ADD_MEDIA_TYPE               2075
+#define IDC_EDIT_MEDIA_TYPE              2076
+#define IDC_REMOVE_MEDIA_TYPE            2077
+#define IDC_ADD_CUSTOM_FORM              2079
+#define IDC_DELETE_FORM                  2080
+
+// --- custom media type (105) ---
+#define IDC_TEST_PATTERN                 1027
+#define IDC_MEDIA_NAME                   1101
+#define IDC_HIGHEST_DOT                  1102
+#define IDC_HIGHEST_DOT_SPIN             1103
+#define IDC_LOWEST_DOT                   1104
+#define IDC_LOWEST_DOT_SPIN              1105
+
+// --- custom form (134); its unit radio buttons are IDC_METRIC and IDC_ENGLISH ---
+#define IDC_FORM_NAME                    1121
+#define IDC_FORM_WIDTH                   1122
+#define IDC_FORM_HEIGHT                  1123
