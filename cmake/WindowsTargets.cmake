@@ -34,7 +34,8 @@ target_link_libraries(ozdkrnui_impl PUBLIC ozdk_protocol ${OZDK_SYSTEM_LIBRARIES
 set(OZDK_RESOURCE_FILE ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.rc)
 # windres reports no dependencies: every folder that compiles the resource script names
 # what it includes (source properties are per folder).
-file(GLOB OZDK_RESOURCE_INPUTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/*)
+file(GLOB OZDK_RESOURCE_INPUTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/*.*
+     ${CMAKE_SOURCE_DIR}/resources/pictures/*)
 list(REMOVE_ITEM OZDK_RESOURCE_INPUTS ${OZDK_RESOURCE_FILE})
 macro(ozdk_track_resource_inputs)
   set_property(SOURCE ${OZDK_RESOURCE_FILE} APPEND PROPERTY OBJECT_DEPENDS ${OZDK_RESOURCE_INPUTS})
