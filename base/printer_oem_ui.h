@@ -7,6 +7,7 @@
 #include <unknwn.h>
 #include <winddiui.h>
 #include <compstui.h>
+#include <prsht.h>
 
 // --- identifiers ---
 // The class every UI plug-in of the driver is asked for.
@@ -100,6 +101,37 @@ typedef struct _OEMUIPSPARAM {
     DWORD dwFlags;
     PVOID pOemEntry;
 } OEMUIPSPARAM, *POEMUIPSPARAM;
+
+// The property-page record of common controls 6 (version 4): the version-3 record that
+// MinGW declares as PROPSHEETPAGEW, followed by the header bitmap. Its size (104 bytes on
+// 64-bit Windows) is what a page declares in dwSize. Callbacks receive it as a
+// PROPSHEETPAGEW, whose members it begins with.
+struct PROPSHEETPAGEW_V4_RECORD {
+    DWORD dwSize;
+    DWORD dwFlags;
+    HINSTANCE hInstance;
+    union {
+        LPCWSTR pszTemplate;
+        LPCDLGTEMPLATEW pResource;
+    };
+    union {
+        HICON hIcon;
+        LPCWSTR pszIcon;
+    };
+    LPCWSTR pszTitle;
+    DLGPROC pfnDlgProc;
+    LPARAM lParam;
+    LPFNPSPCALLBACKW pfnCallback;
+    UINT* pcRefParent;
+    LPCWSTR pszHeaderTitle;
+    LPCWSTR pszHeaderSubTitle;
+    HANDLE hActCtx;
+    union {
+        HBITMAP hbmHeader;
+        LPCWSTR pszbmHeader;
+    };
+};
+static_assert(sizeof(void*) != 8 || sizeof(PROPSHEETPAGEW_V4_RECORD) == 104, "104 bytes on 64-bit Windows");
 
 #ifndef DEVQUERYPRINT_INFO_DEFINED
 #define DEVQUERYPRINT_INFO_DEFINED

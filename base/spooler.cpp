@@ -11,6 +11,19 @@ Spooler& Spool() { return *gCurrent; }
 
 void SetSpoolerForTesting(Spooler* replacement) { gCurrent = replacement ? replacement : &gWinspool; }
 
+HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level) {
+    DWORD needed = 0;
+    Spool().GetPrinterW(printer, level, nullptr, 0, &needed);
+    if (needed == 0) {
+        return HeapBuffer();
+    }
+    HeapBuffer info(needed);
+    if (!info || !Spool().GetPrinterW(printer, level, info.bytes(), needed, &needed)) {
+        return HeapBuffer();
+    }
+    return info;
+}
+
 BOOL Spooler::OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) {
     return ::OpenPrinterW(Mutable(name), printer, defaults);
 }

@@ -7,6 +7,7 @@
 #include <windows.h>
 #include <winspool.h>
 
+#include "base/heap_memory.h"
 #include "base/unique_handle.h"
 
 class Spooler {
@@ -48,6 +49,10 @@ Spooler& Spool();
 
 // Test seam: installs a replacement for this process; null restores the real one.
 void SetSpoolerForTesting(Spooler* replacement);
+
+// The printer's information at `level` (GetPrinterW: size, allocate, fetch). An empty
+// buffer when it cannot be had.
+HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level);
 
 namespace spooler_detail {
 inline void ClosePrinterThroughSpooler(HANDLE printer) { Spool().ClosePrinter(printer); }

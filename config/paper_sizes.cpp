@@ -11,9 +11,6 @@ namespace {
 
 constexpr DWORD kUnbounded = MAXDWORD;
 
-// Truncates toward zero to a whole multiple of 100 micrometres (a tenth of a millimetre).
-int32_t ToTenthMillimetre(int32_t micrometres) { return micrometres / 100 * 100; }
-
 // `value` within one unit of `target`, both bounds inclusive, compared as signed numbers.
 bool IsWithinOne(int32_t value, int32_t target) {
     const int64_t v = value;
@@ -83,6 +80,23 @@ PaperDimensions GetFormSize(HANDLE printer, const wchar_t* formName) {
         size.cy = form.as<FORM_INFO_2W>()->Size.cy;
     }
     return size;
+}
+
+HeapBuffer FetchPrinterPaperNames(HANDLE printer, int* count, DWORD* dmFields) {
+    *count = 0;
+    DWORD byteSize = 0;
+    if (EnumPrinterPaperSizes(printer, nullptr, &byteSize, dmFields) < 1 || byteSize == 0) {
+        return HeapBuffer();
+    }
+    HeapBuffer names(byteSize);
+    if (!names) {
+        return names;
+    }
+    DWORD filledSize = 0;
+    const int fetched = EnumPrinterPaperSizes(printer, names.as<wchar_t>(), byteSize, &filledSize, dmFields);
+    const int fitting = static_cast<int>(byteSize / kPaperNameBytes);
+    *count = fetched < 0 ? 0 : (fetched > fitting ? fitting : fetched);
+    return names;
 }
 
 int GetPrinterCurrentFormName(HANDLE printer, PaperDimensions size, wchar_t* destination) {

@@ -8,6 +8,7 @@
 
 #include <windows.h>
 
+#include "base/heap_memory.h"
 #include "config/ui_config.h"
 
 inline constexpr DWORD kPaperNameCharacters = 64;
@@ -23,6 +24,13 @@ int EnumPrinterPaperSizes(HANDLE printer, wchar_t* names, DWORD* byteSize, DWORD
 // The same, filling at most `capacityBytes`: when the names would not fit, nothing is
 // written and the result is 0.
 int EnumPrinterPaperSizes(HANDLE printer, wchar_t* names, DWORD capacityBytes, DWORD* byteSize, DWORD* dmFields);
+
+// Both calls at once: the printer's paper names in a new buffer, `*count` the names it
+// holds (an empty buffer and 0 when there are none or they cannot be had).
+HeapBuffer FetchPrinterPaperNames(HANDLE printer, int* count, DWORD* dmFields = nullptr);
+
+// Truncates toward zero to a whole multiple of 100 micrometres (a tenth of a millimetre).
+inline int32_t ToTenthMillimetre(int32_t micrometres) { return micrometres / 100 * 100; }
 
 // Copies paper name `index` of a DC_PAPERNAMES list into `destination` (terminated,
 // cut to fit).

@@ -175,6 +175,19 @@ DWORD SetConfigMediaType(const wchar_t* name, DWORD number) {
     });
 }
 
+bool GetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD* number) {
+    DWORD type = 0;
+    DWORD needed = 0;
+    DWORD value = 0;
+    if (Spool().GetPrinterDataExW(printer, kMediaTypesKey, name, &type, reinterpret_cast<BYTE*>(&value),
+                                  sizeof(value), &needed) != ERROR_SUCCESS ||
+        needed != sizeof(value)) {
+        return false;
+    }
+    *number = value;
+    return true;
+}
+
 DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer) {
     BYTE info[4096] = {};
     DWORD needed = 0;
@@ -233,6 +246,26 @@ DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteC
     }
     Trace(L"EnumConfigMediaTypes(): cbReturned=%d\n", count);
     return count;
+}
+
+DWORD SetConfigForm(HANDLE printer, const FORM_INFO_1W* form) {
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
+        return Spool().SetPrinterDataExW(target, kFormsKey, form->pName, REG_BINARY, AsBytes(form), sizeof(*form));
+    });
+}
+
+bool IsConfigForm(HANDLE printer, const wchar_t* name) {
+    FORM_INFO_1W form = {};
+    DWORD type = 0;
+    DWORD needed = 0;
+    const DWORD status = Spool().GetPrinterDataExW(printer, kFormsKey, name, &type, reinterpret_cast<BYTE*>(&form),
+                                                   sizeof(form), &needed);
+    return status == ERROR_SUCCESS || status == ERROR_MORE_DATA;
+}
+
+DWORD RemoveConfigForm(HANDLE printer, const wchar_t* name) {
+    return WriteWithFullAccessRetry(
+        printer, [&](HANDLE target) { return Spool().DeletePrinterDataExW(target, kFormsKey, name); });
 }
 
 BOOL SetPrinterAsAdmin(HANDLE printer, DWORD level, PRINTER_INFO_2W* info) {

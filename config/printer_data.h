@@ -16,6 +16,7 @@
 
 inline constexpr const wchar_t* kConfigKey = L"Config";
 inline constexpr const wchar_t* kMediaTypesKey = L"Config\\MediaTypes";
+inline constexpr const wchar_t* kFormsKey = L"Config\\Forms";
 
 // Readers. A value that cannot be read (absent, wrong type or size, no access) takes
 // its default, which is written back at once.
@@ -44,9 +45,17 @@ DWORD SetPrinterDataPaperSize(HANDLE printer, const wchar_t* name, const PaperDi
 void SetCurrentMediaTypeConfig(UIConfig* config);
 DWORD SetConfigMediaType(const wchar_t* name, DWORD number);
 DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer);
+// The number stored for a custom media type. False when it cannot be read.
+bool GetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD* number);
 // Sizing call with a null buffer, then a filling call: the names as a double-terminated
 // multi-string. Returns the byte count; 0 when the key does not exist.
 DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteCount);
+
+// This printer's own forms under "Config\\Forms": one binary value per form, named by
+// the form and holding its level-1 form record.
+DWORD SetConfigForm(HANDLE printer, const FORM_INFO_1W* form);
+bool IsConfigForm(HANDLE printer, const wchar_t* name);
+DWORD RemoveConfigForm(HANDLE printer, const wchar_t* name);
 
 // SetPrinterW through a full-access reopen of the printer. Non-zero on success.
 BOOL SetPrinterAsAdmin(HANDLE printer, DWORD level, PRINTER_INFO_2W* info);

@@ -1,12 +1,112 @@
 #include "document_ui/document_property_sheets.h"
 
+#include "base/module_state.h"
 #include "base/trace_log.h"
+#include "config/config_lifecycle.h"
+#include "config/localisation.h"
+#include "document_ui/layout_page.h"
+#include "document_ui/paper_page.h"
+#include "document_ui/quorl_page.h"
+#include "resources/document_dialog_ids.h"
+#include "resources/resource_ids.h"
 
-// This build carries no document pages: every call fails without adding any.
-HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM /*lParam*/, IPrintOemDriverUI* /*driverUI*/,
-                                    UIConfig** /*ppConfig*/) {
-    Trace(L"hrOEMDocumentPropertySheets(): reason=%d, no document pages in this build\n",
-          pPSUIInfo != nullptr ? static_cast<int>(pPSUIInfo->Reason) : -1);
-    SetLastError(ERROR_NOT_SUPPORTED);
-    return E_NOTIMPL;
+namespace {
+
+struct DocumentPage {
+    UINT templateId;
+    UINT titleId;
+    DLGPROC dialogProc;
+    LPFNPSPCALLBACKW callback;
+};
+
+// In the order the sheet shows them.
+const DocumentPage kDocumentPages[] = {
+    {IDD_LAYOUT_PAGE, IDS_PAGE_LAYOUT, DocumentLayoutPropPageProc, DocumentLayoutPropPageCallback},
+    {IDD_PAPER_PAGE, IDS_PAGE_PAPER_MEDIA, DocumentPaperPropPageProc, DocumentPaperPropPageCallback},
+    {IDD_QUORL_PAGE, IDS_PAGE_QUORL, DocumentQuorlPropPageProc, DocumentQuorlPropPageCallback},
+};
+
+// Adds the three pages; the handle of the last one added.
+LONG_PTR AddDocumentPages(PROPSHEETUI_INFO* info, UIConfig* config, HANDLE oemHeap) {
+    HANDLE context = GetModuleActivationContext();
+    LONG_PTR handle = 0;
+    for (const DocumentPage& entry : kDocumentPages) {
+        PROPSHEETPAGEW_V4_RECORD page = {};
+        page.dwSize = sizeof(page);
+        page.dwFlags = PSP_USETITLE | PSP_USECALLBACK;
+        if (IsActivationContextValid(context)) {
+            page.dwFlags |= PSP_USEFUSIONCONTEXT;
+            page.hActCtx = context;
+        }
+        page.hInstance = ghInstance;
+        page.pszTemplate = MAKEINTRESOURCEW(entry.templateId);
+        page.pfnDlgProc = entry.dialogProc;
+        page.lParam = reinterpret_cast<LPARAM>(config);
+        page.pfnCallback = entry.callback;
+        // Lives as long as the sheet: the OEM heap is the sheet's.
+        page.pszTitle = LoadLocalCaption(config, oemHeap, entry.titleId);
+        handle = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW,
+                                       reinterpret_cast<LPARAM>(&page), 0);
+        if (entry.templateId == IDD_LAYOUT_PAGE) {
+            // 10000 selects among the pages rather than the tree view: the sheet opens on Layout.
+            info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_SET_HSTARTPAGE, handle, 10000);
+        }
+    }
+    return handle;
+}
+
+}  // namespace
+
+HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM lParam, IPrintOemDriverUI* /*driverUI*/,
+                                    UIConfig** ppConfig) {
+    if (pPSUIInfo == nullptr || pPSUIInfo->Version != PROPSHEETUI_INFO_VERSION) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return E_FAIL;
+    }
+    switch (pPSUIInfo->Reason) {
+    case PROPSHEETUI_REASON_INIT: {
+        auto* param = reinterpret_cast<OEMUIPSPARAM*>(pPSUIInfo->lParamInit);
+        Trace(L"hrOEMDocumentPropertySheets(): PROPSHEETUI_REASON_INIT\n");
+        Trace(L"hrOEMDocumentPropertySheets(): pPSUIInfo->UserData=0x%p\n",
+              reinterpret_cast<void*>(pPSUIInfo->UserData));
+        Trace(L"hrOEMDocumentPropertySheets(): pOEMUIParam->pOEMUserData=0x%p\n",
+              param != nullptr ? param->pOEMUserData : nullptr);
+        Trace(L"hrOEMDocumentPropertySheets(): lParam=0x%p\n", reinterpret_cast<void*>(lParam));
+        UIConfig* config = nullptr;
+        if (param != nullptr && CreateConfig(reinterpret_cast<const OEMCUIPPARAM*>(param), ppConfig) != 0) {
+            config = *ppConfig;
+        }
+        pPSUIInfo->UserData = reinterpret_cast<ULONG_PTR>(config);
+        Trace(L"hrOEMDocumentPropertySheets(): pPSUIInfo->UserData=pConfig=0x%p\n", static_cast<void*>(config));
+        if (config == nullptr) {
+            SetLastError(ERROR_INVALID_PARAMETER);
+            return E_FAIL;
+        }
+        pPSUIInfo->Result = static_cast<ULONG_PTR>(AddDocumentPages(pPSUIInfo, config, param->hOEMHeap));
+        break;
+    }
+    case PROPSHEETUI_REASON_GET_INFO_HEADER: {
+        auto* header = reinterpret_cast<PROPSHEETUI_INFO_HEADER*>(lParam);
+        if (header != nullptr) {
+            header->pTitle = const_cast<wchar_t*>(L"OEM UI Page");
+        }
+        pPSUIInfo->Result = 1;
+        break;
+    }
+    case PROPSHEETUI_REASON_DESTROY:
+        Trace(L"hrOEMDocumentPropertySheets(): PROPSHEETUI_REASON_DESTROY\n");
+        Trace(L"hrOEMDocumentPropertySheets(): pPSUIInfo->UserData=0x%p\n",
+              reinterpret_cast<void*>(pPSUIInfo->UserData));
+        pPSUIInfo->Result = 1;  // the plug-in object releases the configuration
+        break;
+    case PROPSHEETUI_REASON_SET_RESULT: {
+        auto* result = reinterpret_cast<SETRESULT_INFO*>(lParam);
+        pPSUIInfo->Result = result != nullptr ? result->Result : 0;
+        break;
+    }
+    default:
+        pPSUIInfo->Result = 0;
+        break;
+    }
+    return S_OK;
 }

@@ -116,20 +116,8 @@ void FormSizeItem(const TreeBuilder& b, OPTITEM& item) {
     BeginItem(b, item, IDS_FORM_SIZE, IDS_FORM_SIZE);
     HANDLE printer = b.config->hPrinter;
 
-    DWORD byteSize = 0;
-    int count = EnumPrinterPaperSizes(printer, nullptr, &byteSize, nullptr);
-    HeapBuffer names;
-    if (count > 0 && byteSize > 0) {
-        names = HeapBuffer(byteSize);
-        DWORD filledSize = 0;
-        count = names ? EnumPrinterPaperSizes(printer, names.as<wchar_t>(), byteSize, &filledSize, nullptr) : 0;
-        const int fitting = static_cast<int>(byteSize / kPaperNameBytes);
-        if (count > fitting) {
-            count = fitting;
-        }
-    } else {
-        count = 0;
-    }
+    int count = 0;
+    HeapBuffer names = FetchPrinterPaperNames(printer, &count);
     if (count > 0xFFFE) {
         count = 0xFFFE;
     }

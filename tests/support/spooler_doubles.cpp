@@ -3,6 +3,8 @@
 #include <sddl.h>
 #include <winspool.h>
 
+#include <algorithm>
+
 namespace testenv {
 
 const RecordedWrite* TestSpooler::FindWrite(const wchar_t* key, const wchar_t* name) const {
@@ -67,6 +69,28 @@ BOOL TestSpooler::GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYT
         reinterpret_cast<FORM_INFO_2W*>(buffer)->Size = replaced->second;
     }
     return result;
+}
+
+BOOL TestSpooler::SetPrinterW(HANDLE printer, DWORD level, BYTE* info, DWORD command) {
+    ++printerWrites;
+    return Spooler::SetPrinterW(printer, level, info, command);
+}
+
+BOOL TestSpooler::AddFormW(HANDLE printer, DWORD, BYTE* form) {
+    const wchar_t* name = reinterpret_cast<FORM_INFO_1W*>(form)->pName;
+    DWORD needed = 0;
+    Spooler::GetFormW(printer, name, 1, nullptr, 0, &needed);
+    if (needed != 0 || std::find(addedForms.begin(), addedForms.end(), name) != addedForms.end()) {
+        SetLastError(ERROR_FILE_EXISTS);
+        return FALSE;
+    }
+    addedForms.push_back(name);
+    return TRUE;
+}
+
+BOOL TestSpooler::DeleteFormW(HANDLE, const wchar_t* form) {
+    deletedForms.push_back(form);
+    return TRUE;
 }
 
 int TestSpooler::DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,

@@ -37,6 +37,9 @@ public:
     std::vector<RecordedWrite> writes;
     std::vector<std::wstring> reads;  // value names
     std::vector<RecordedWrite> deletions;
+    int printerWrites = 0;                 // SetPrinterW calls
+    std::vector<std::wstring> addedForms;  // a form the server has already fails with 80
+    std::vector<std::wstring> deletedForms;
     const RecordedWrite* FindWrite(const wchar_t* key, const wchar_t* name) const;  // key null: top level
 
     BOOL OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) override;
@@ -51,6 +54,9 @@ public:
     DWORD DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name) override;
     BOOL GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size,
                   DWORD* needed) override;
+    BOOL SetPrinterW(HANDLE printer, DWORD level, BYTE* info, DWORD command) override;
+    BOOL AddFormW(HANDLE printer, DWORD level, BYTE* form) override;
+    BOOL DeleteFormW(HANDLE printer, const wchar_t* form) override;
     int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
                             const DEVMODEW* devmode) override;
     BOOL GetPrinterDriverW(HANDLE printer, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,

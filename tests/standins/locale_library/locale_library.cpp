@@ -19,6 +19,7 @@ const Entry kTable[] = {
     {L"Strings", L"Layout", L"Seitenlayout"},
     {L"Caption", L"Form Size", L"Format"},
     {L"Caption", L"Layout", L"Seite"},
+    {L"Caption", L"Paper/Media", L"Papier/Medien"},
 };
 
 void Record(const Instance* folder, const std::wstring& line) {

@@ -1,0 +1,82 @@
+#include "document_ui/page_frame.h"
+
+#include <prsht.h>
+
+#include "base/module_state.h"
+#include "base/spooler.h"
+#include "base/trace_log.h"
+#include "resources/document_dialog_ids.h"
+
+void MarkPageChanged(HWND hDlg, UIConfig* config) {
+    SendMessageW(GetParent(hDlg), PSM_CHANGED, reinterpret_cast<WPARAM>(hDlg), 0);
+    if (config != nullptr) {
+        config->PageChanged = 1;
+    }
+}
+
+bool CanManagePrinter(const wchar_t* printerName) {
+    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
+    HANDLE printer = nullptr;
+    if (!Spool().OpenPrinterW(printerName, &printer, &defaults)) {
+        return false;
+    }
+    Spool().ClosePrinter(printer);
+    return true;
+}
+
+INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM param) {
+    HANDLE context = GetModuleActivationContext();
+    ULONG_PTR cookie = 0;
+    if (!IsActivationContextValid(context) || !ActivateActCtx(context, &cookie)) {
+        Trace(L"ShowModalDialog(): no activation context for dialog %u\n", templateId);
+        return -1;
+    }
+    INITCOMMONCONTROLSEX controls = {sizeof(controls), ICC_UPDOWN_CLASS | ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&controls);
+    const INT_PTR result = DialogBoxParamW(ghInstance, MAKEINTRESOURCEW(templateId), owner, dialogProc, param);
+    DeactivateActCtx(0, cookie);
+    return result;
+}
+
+void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId) {
+    HBITMAP bitmap = static_cast<HBITMAP>(
+        LoadImageW(ghInstance, MAKEINTRESOURCEW(bitmapId), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR));
+    if (bitmap == nullptr) {
+        return;
+    }
+    BITMAP size = {};
+    GetObjectW(bitmap, sizeof(size), &size);
+    HDC source = CreateCompatibleDC(item->hDC);
+    if (source != nullptr) {
+        HGDIOBJ previous = SelectObject(source, bitmap);
+        FillRect(item->hDC, &item->rcItem, GetSysColorBrush(COLOR_BTNFACE));
+        TransparentBlt(item->hDC, item->rcItem.left, item->rcItem.top, size.bmWidth, size.bmHeight, source, 0, 0,
+                       size.bmWidth, size.bmHeight, PICTURE_TRANSPARENT_COLOR);
+        SelectObject(source, previous);
+        DeleteDC(source);
+    }
+    DeleteObject(bitmap);
+}
+
+int GetPageIndex(HWND hDlg) {
+    return static_cast<int>(SendMessageW(GetParent(hDlg), PSM_HWNDTOINDEX, reinterpret_cast<WPARAM>(hDlg), 0));
+}
+
+UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page) {
+    switch (msg) {
+    case PSPCB_CREATE:
+        Trace(L"%s(): PSPCB_CREATE\n", routine);
+        return page != nullptr && page->lParam != 0 ? 1 : 0;
+    case PSPCB_RELEASE:
+        Trace(L"%s(): PSPCB_RELEASE\n", routine);
+        return 0;
+    default:
+        return 0;
+    }
+}
+
+void CheckRadio(HWND hDlg, int first, int last, int id) { CheckRadioButton(hDlg, first, last, id); }
+
+bool IsChecked(HWND hDlg, int id) { return IsDlgButtonChecked(hDlg, id) == BST_CHECKED; }
+
+void EnableControl(HWND hDlg, int id, bool enable) { EnableWindow(GetDlgItem(hDlg, id), enable ? TRUE : FALSE); }

@@ -1,0 +1,35 @@
+// What every document page shares: signalling a change to the sheet, the printer-rights
+// probe, modal dialogs inside the module's activation context, the pictures, and the
+// standard page callback.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include "config/ui_config.h"
+
+// Enables the sheet's Apply button for this page and sets config->PageChanged.
+void MarkPageChanged(HWND hDlg, UIConfig* config);
+
+// True when the printer opens with full access (the user may manage it).
+bool CanManagePrinter(const wchar_t* printerName);
+
+// DialogBoxParamW of a template of this module inside the module's activation context;
+// the dialog's end code, or -1 when the context cannot be activated.
+INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM param);
+
+// Draws bitmap `bitmapId` of this module at the top left of an owner-drawn control in
+// its own size, leaving the transparent colour out.
+void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId);
+
+// The page index the sheet reports for a page window (PSM_HWNDTOINDEX).
+int GetPageIndex(HWND hDlg);
+
+// The creation callback of a document page: refuses a page without configuration.
+// `routine` names the page's callback in the trace.
+UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page);
+
+// Checks `id` and the other buttons of its radio pair (first..last).
+void CheckRadio(HWND hDlg, int first, int last, int id);
+bool IsChecked(HWND hDlg, int id);
+void EnableControl(HWND hDlg, int id, bool enable);
