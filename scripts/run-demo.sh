@@ -7,9 +7,11 @@
 # reads the embosser's settings and shows them in its item tree.
 #
 # With a display ($DISPLAY set) the sheets open on it for a person, one after the other.
-# Without one they open on a private Xvfb screen, are photographed
-# ($BUILD_DIR/demo/screenshot.png, and screenshot-printer.png for the Device Settings
-# page) and closed.
+# Without one they open on a private Xvfb screen, are photographed and closed: the
+# printing preferences once per page of the plug-in, each brought to the front in turn
+# ($BUILD_DIR/demo/screenshot-layout.png, screenshot-paper-media.png,
+# screenshot-quorl.png: the tab's title in lower case; screenshot.png while the plug-in
+# adds no page), the properties on their Device Settings page (screenshot-printer.png).
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
@@ -76,10 +78,10 @@ if [ -n "${OZDK_USE_DISPLAY:-}" ]; then
     "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --interactive
     status=$?
 else
-    rm -f "$DEMO_DIR/screenshot.png" "$DEMO_DIR/screenshot-printer.png"
+    rm -f "$DEMO_DIR"/screenshot*.png
     "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --screenshot "$DEMO_DIR/screenshot.png"
     status=$?
-    for shot in "$DEMO_DIR/screenshot.png" "$DEMO_DIR/screenshot-printer.png"; do
+    for shot in "$DEMO_DIR"/screenshot*.png; do
         [ -f "$shot" ] && echo "screenshot: $shot"
     done
 fi

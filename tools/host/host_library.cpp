@@ -729,6 +729,7 @@ std::vector<HPROPSHEETPAGE> PropertySheetHost::AllPages() {
     };
     addHostPages(true);
     const size_t leading = pages.size();
+    leadingPages_ = leading;
     pages.insert(pages.end(), pluginPages_.begin(), pluginPages_.end());
     addHostPages(false);
 
@@ -835,6 +836,45 @@ bool PropertySheetHost::ShowHostPage(const HostPage* page) {
     return false;
 }
 
+HWND PropertySheetHost::ShowPluginPage(size_t index) {
+    if (window_ == nullptr || index >= pluginPages_.size()) {
+        Log(log_, L"host: the %s sheet has no plug-in page %u", SheetKindName(kind_), static_cast<unsigned>(index));
+        return nullptr;
+    }
+    const int position = static_cast<int>(leadingPages_ + index);
+    const BOOL shown = PropSheet_SetCurSel(window_, nullptr, position);
+    Log(log_, L"host: PSM_SETCURSEL to plug-in page %u of the %s sheet = %d", static_cast<unsigned>(index),
+        SheetKindName(kind_), shown);
+    PumpMessages(20);
+    const HWND page = shown != FALSE && window_ != nullptr ? PropSheet_IndexToHwnd(window_, position) : nullptr;
+    return page != nullptr && page == CurrentPage() ? page : nullptr;
+}
+
+HWND PropertySheetHost::CurrentPage() const {
+    return window_ != nullptr ? PropSheet_GetCurrentPageHwnd(window_) : nullptr;
+}
+
+std::vector<std::wstring> PropertySheetHost::TabTitles() const {
+    std::vector<std::wstring> titles;
+    const HWND tabs = window_ != nullptr ? PropSheet_GetTabControl(window_) : nullptr;
+    const int count = tabs != nullptr ? TabCtrl_GetItemCount(tabs) : 0;
+    for (int i = 0; i < count; ++i) {
+        wchar_t text[256] = {};
+        TCITEMW item = {};
+        item.mask = TCIF_TEXT;
+        item.pszText = text;
+        item.cchTextMax = 256;
+        const bool got = SendMessageW(tabs, TCM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item)) != 0;
+        titles.emplace_back(got && item.pszText != nullptr ? item.pszText : L"");
+    }
+    return titles;
+}
+
+int PropertySheetHost::pageCount() const {
+    const HWND tabs = window_ != nullptr ? PropSheet_GetTabControl(window_) : nullptr;
+    return tabs != nullptr ? TabCtrl_GetItemCount(tabs) : 0;
+}
+
 bool PropertySheetHost::Apply() {
     if (window_ == nullptr) {
         return false;
@@ -854,6 +894,17 @@ void PropertySheetHost::SendDestroy() {
     if (plugin_.get() != nullptr) {
         CallPropertySheets(PROPSHEETUI_REASON_DESTROY, applied_ ? 1 : 0, ReasonName(PROPSHEETUI_REASON_DESTROY));
     }
+}
+
+void PropertySheetHost::Cancel() {
+    if (window_ != nullptr) {
+        PropSheet_PressButton(window_, PSBTN_CANCEL);
+        PumpMessages(50);
+        if (window_ != nullptr) {
+            Log(log_, L"host: the %s sheet stays open after Cancel", SheetKindName(kind_));
+        }
+    }
+    Close();
 }
 
 void PropertySheetHost::Close() {
@@ -993,16 +1044,49 @@ bool SaveScreenshot(const std::wstring& unixPath, HostLog* log, HWND window) {
 
 namespace {
 
-std::wstring ScreenshotPathFor(const std::wstring& path, SheetKind kind, bool both) {
-    if (!both || kind == SheetKind::Document) {
-        return path;
-    }
+// `path` with "-suffix" before its extension.
+std::wstring ScreenshotPathFor(const std::wstring& path, const std::wstring& suffix) {
     const size_t dot = path.rfind(L'.');
     const size_t slash = path.rfind(L'/');
     if (dot == std::wstring::npos || (slash != std::wstring::npos && dot < slash)) {
-        return path + L"-printer";
+        return path + L"-" + suffix;
     }
-    return path.substr(0, dot) + L"-printer" + path.substr(dot);
+    return path.substr(0, dot) + L"-" + suffix + path.substr(dot);
+}
+
+// A tab title as part of a file name: "Paper/Media" gives "paper-media".
+std::wstring FileNamePart(const std::wstring& title) {
+    std::wstring part;
+    for (wchar_t c : title) {
+        if ((c >= L'a' && c <= L'z') || (c >= L'0' && c <= L'9')) {
+            part += c;
+        } else if (c >= L'A' && c <= L'Z') {
+            part += static_cast<wchar_t>(c - L'A' + L'a');
+        } else if (!part.empty() && part.back() != L'-') {
+            part += L'-';
+        }
+    }
+    if (!part.empty() && part.back() == L'-') {
+        part.pop_back();
+    }
+    return part;
+}
+
+// Brings each of the plug-in's pages to the front in turn and photographs the sheet.
+void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, HostLog& log) {
+    const std::vector<std::wstring> titles = sheet.TabTitles();
+    for (size_t i = 0; i < sheet.pluginPages().size() && sheet.window() != nullptr; ++i) {
+        if (sheet.ShowPluginPage(i) == nullptr) {
+            continue;
+        }
+        sheet.PumpMessages(300);
+        const size_t tab = sheet.leadingPages() + i;
+        std::wstring name = tab < titles.size() ? FileNamePart(titles[tab]) : std::wstring();
+        if (name.empty()) {
+            name = L"page-" + std::to_wstring(i + 1);
+        }
+        SaveScreenshot(ScreenshotPathFor(path, name), &log, sheet.window());
+    }
 }
 
 bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object, HMODULE module,
@@ -1026,8 +1110,14 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
     }
     sheet.PumpMessages(options.showMilliseconds);
     if (!options.screenshotPath.empty()) {
-        SaveScreenshot(ScreenshotPathFor(options.screenshotPath, kind, options.documentSheet && options.printerSheet),
-                       &log, sheet.window());
+        if (kind == SheetKind::Document && !sheet.pluginPages().empty()) {
+            PhotographPluginPages(sheet, options.screenshotPath, log);
+        } else {
+            const bool both = options.documentSheet && options.printerSheet;
+            SaveScreenshot(kind == SheetKind::Printer && both ? ScreenshotPathFor(options.screenshotPath, L"printer")
+                                                              : options.screenshotPath,
+                           &log, sheet.window());
+        }
     }
     if (options.apply) {
         sheet.Apply();

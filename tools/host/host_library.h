@@ -279,8 +279,20 @@ public:
     // was in front gets PSN_KILLACTIVE, this one PSN_SETACTIVE). False when the sheet or
     // the page is not there or the change was refused.
     bool ShowHostPage(const HostPage* page);
+    // PSM_SETCURSEL to the plug-in's page `index` (0: the first page the plug-in added;
+    // the host pages that lead are counted in), as a click on its tab. The page's window;
+    // null when the sheet or the page is not there or the change was refused.
+    HWND ShowPluginPage(size_t index);
+    // The page in front (PSM_GETCURRENTPAGEHWND); null when no sheet is open.
+    HWND CurrentPage() const;
+    // The texts of the sheet's tabs in order (the tab control's items), and their number.
+    std::vector<std::wstring> TabTitles() const;
+    int pageCount() const;
     // PSM_APPLY: every created page gets PSN_APPLY. False when the sheet refused.
     bool Apply();
+    // The person's Cancel (PSM_PRESSBUTTON with PSBTN_CANCEL); then the sheet closes as
+    // with Close(), also when a page refused to be cancelled.
+    void Cancel();
     // Closes the sheet (modeless: cancel and destroy) and sends PROPSHEETUI_REASON_DESTROY.
     void Close();
 
@@ -288,6 +300,7 @@ public:
     HWND window() const { return window_; }
     const std::wstring& title() const { return title_; }
     const std::vector<HPROPSHEETPAGE>& pluginPages() const { return pluginPages_; }
+    size_t leadingPages() const { return leadingPages_; }  // host pages before the plug-in's
     int startPage() const { return startPage_; }
     const CollectedItems& items() const { return items_; }
     const std::vector<CallRecord>& calls() const { return calls_; }
@@ -320,6 +333,7 @@ private:
     std::vector<std::pair<const HostPage*, HPROPSHEETPAGE>> hostPageHandles_;  // of the last shown sheet
     const HostPage* startHostPage_ = nullptr;
     int startIndex_ = 0;  // of the last shown sheet
+    size_t leadingPages_ = 0;  // of the last shown sheet
     std::vector<CallRecord> calls_;
     std::wstring title_;
     int startPage_ = 0;
@@ -341,7 +355,12 @@ struct HostOptions {
     bool deviceSettingsPage = true;  // add the "Device Settings" page with the plug-in's items
     bool showDeviceSettings = false;  // open the printer sheet with "Device Settings" in front
     DWORD showMilliseconds = 1500;  // how long a modeless sheet stays open
-    std::wstring screenshotPath;  // Unix path of a PNG per sheet; empty: none
+    // Unix path X.png of the screenshots; empty: none. The document sheet is photographed
+    // once per plug-in page, as X-<tab title>.png (the title in lower case, other
+    // characters than letters and digits as "-"; "page-N" when nothing is left), or as
+    // X.png when the plug-in added no page; the printer sheet as X-printer.png when both
+    // sheets are shown, else as X.png.
+    std::wstring screenshotPath;
 };
 
 // Loads the plug-in, opens the printer, shows the chosen sheets, releases everything in

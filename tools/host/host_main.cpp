@@ -10,6 +10,9 @@
 // milliseconds (1500 by default), optionally photographed and applied, and closed; what
 // the host did and what the plug-in answered is printed line by line. With
 // --interactive the sheets are shown one after the other until the person closes them.
+// --screenshot X.png photographs the document sheet once per page of the plug-in
+// (X-layout.png, X-paper-media.png, ...: the tab titles; X.png when it has none) and the
+// printer sheet (X-printer.png; X.png when it is the only sheet shown).
 //
 // The printer sheet carries the host's "Device Settings" page with the option items of
 // the plug-in (unless --no-device-settings); --show-device-settings opens the sheet with
