@@ -108,6 +108,11 @@ bool Click(HWND dialog, int id) {
         return false;
     }
     SendMessageW(control, BM_CLICK, 0, 0);
+    // A click that ended a modal dialog from another thread only sets the dialog's end
+    // flag; its loop looks at the flag when a message arrives, so wake it.
+    if (GetWindowThreadProcessId(dialog, nullptr) != GetCurrentThreadId()) {
+        PostThreadMessageW(GetWindowThreadProcessId(dialog, nullptr), WM_NULL, 0, 0);
+    }
     return true;
 }
 

@@ -316,13 +316,21 @@ HRESULT PluginObject::Create(const PluginLibrary& library) {
     if (FAILED(hr)) {
         return hr;
     }
+    return Adopt(object);
+}
+
+HRESULT PluginObject::Adopt(IPrintOemUI2* object) {
+    Release();
+    if (object == nullptr) {
+        return E_POINTER;
+    }
     object_ = ComRef<IPrintOemUI2>(object);
     driverUI_ = HostDriverUI::Create();
     if (driverUI_ == nullptr) {
         Release();
         return E_OUTOFMEMORY;
     }
-    hr = object_->PublishDriverInterface(static_cast<IUnknown*>(driverUI_));
+    const HRESULT hr = object_->PublishDriverInterface(static_cast<IUnknown*>(driverUI_));
     Log(log_, L"plug-in: PublishDriverInterface = 0x%08lX", static_cast<unsigned long>(hr));
     return S_OK;
 }

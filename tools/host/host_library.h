@@ -160,6 +160,9 @@ public:
 
     // Creates the object and publishes the host's driver interface to it.
     HRESULT Create(const PluginLibrary& library);
+    // Takes over one reference of an object made otherwise (a plug-in linked into the
+    // host's program) and publishes the host's driver interface to it.
+    HRESULT Adopt(IPrintOemUI2* object);
     IPrintOemUI2* get() const { return object_.get(); }
     HostDriverUI* driverUI() const { return driverUI_; }
     // Releases the host's reference; what the plug-in's Release returned.

@@ -1,0 +1,312 @@
+// The printing preferences as a person uses them: the host shows the document sheet of a
+// real printer with the plug-in object linked into this program (so that the test
+// spooler can stand in where Wine's cannot), a person clicks, chooses and applies, and
+// the tests read what reached the device modes, the printer data and the printer.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <tuple>
+
+#include "config/config_fixtures.h"
+#include "frame/oem_ui_plugin.h"
+#include "resources/document_dialog_ids.h"
+#include "support/host_fixtures.h"
+#include "support/spooler_doubles.h"
+#include "tools/host/dialog_driver.h"
+
+using namespace ozdkhost;
+
+namespace {
+
+// A top-level window that counts the WM_DEVMODECHANGE broadcasts naming a printer.
+class DevModeBroadcasts {
+public:
+    explicit DevModeBroadcasts(const std::wstring& printer) : printer_(printer) {
+        WNDCLASSW type = {};
+        type.lpfnWndProc = Proc;
+        type.hInstance = GetModuleHandleW(nullptr);
+        type.lpszClassName = L"OzdkBroadcastCounter";
+        RegisterClassW(&type);
+        window_ = CreateWindowW(type.lpszClassName, L"", WS_OVERLAPPED, 0, 0, 0, 0, nullptr, nullptr,
+                                type.hInstance, nullptr);
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    }
+    ~DevModeBroadcasts() { DestroyWindow(window_); }
+    int count() const { return count_; }
+
+private:
+    static LRESULT CALLBACK Proc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        auto* self = reinterpret_cast<DevModeBroadcasts*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message == WM_DEVMODECHANGE && self != nullptr && lParam != 0 &&
+            self->printer_ == reinterpret_cast<const wchar_t*>(lParam)) {
+            ++self->count_;
+        }
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    std::wstring printer_;
+    HWND window_ = nullptr;
+    int count_ = 0;
+};
+
+// The document sheet of a printer of its own, opened the way the driver's host opens it.
+struct Preferences {
+    // `prepare` may change the document's device mode before the sheet is built.
+    bool Open(void (*prepare)(DEVMODEW&) = nullptr) {
+        if (!hostPrinter.Open(printer.name()) || hostPrinter.publicDevMode() == nullptr || object.Adopt(new OemUIPlugin()) != S_OK ||
+            !hostPrinter.PrepareOemPrivatePart(object.get(), GetModuleHandleW(nullptr))) {
+            return false;
+        }
+        if (prepare != nullptr) prepare(*hostPrinter.publicDevMode());
+        sheet = std::make_unique<PropertySheetHost>(SheetKind::Document, object, GetModuleHandleW(nullptr),
+                                                    hostPrinter, &log);
+        sheet->Prepare();
+        return sheet->ShowModeless() != nullptr;
+    }
+    DWORD Stored(const wchar_t* name) { return testenv::ReadPrinterData(printer.handle(), L"Config", name).AsDword(); }
+    void Store(const wchar_t* key, const wchar_t* name, DWORD value) {
+        SetPrinterDataExW(printer.handle(), const_cast<wchar_t*>(key), const_cast<wchar_t*>(name), REG_DWORD,
+                          reinterpret_cast<BYTE*>(&value), sizeof(value));
+    }
+    // The printer's own device mode, as the spooler keeps it.
+    DEVMODEW PrinterDevMode() const {
+        DWORD needed = 0;
+        GetPrinterW(printer.handle(), 2, nullptr, 0, &needed);
+        std::vector<BYTE> info(needed);
+        DEVMODEW devMode = {};
+        if (GetPrinterW(printer.handle(), 2, info.data(), needed, &needed)) {
+            devMode = *reinterpret_cast<PRINTER_INFO_2W*>(info.data())->pDevMode;
+        }
+        return devMode;
+    }
+    // What was written since the last call.
+    std::vector<std::wstring> TakeWrites() {
+        std::vector<std::wstring> names;
+        for (const auto& write : spooler.writes) names.push_back(write.name);
+        spooler.writes.clear();
+        return names;
+    }
+
+    testenv::TestPrinter printer{L"Ozdk Pages"};
+    testenv::TestSpooler spooler;
+    testenv::SpoolerSwap swap{&spooler};
+    DevModeBroadcasts broadcasts{printer.name()};
+    HostLog log;
+    HostPrinter hostPrinter{&log};
+    PluginObject object{&log};
+    std::unique_ptr<PropertySheetHost> sheet;
+};
+
+}  // namespace
+
+// The frame answers every reason; the sheet opens on "Layout" with the three pages,
+// titled through the locale library when there is one, and reports the Quorl page.
+TEST(DocumentPropertySheets, OpensOnLayoutWithThreeTitledPagesAndAnswersEveryReason) {
+    Preferences plain;
+    ASSERT_TRUE(plain.Open()) << testenv::Narrow(plain.log.Text());
+    EXPECT_EQ(plain.sheet->TabTitles(), (std::vector<std::wstring>{L"Layout", L"Paper/Media", L"Quorl"}));
+    EXPECT_EQ(Text(plain.sheet->CurrentPage(), IDC_SINGLE_SIDED), L"&Single Sided") << "Layout in front";
+    const CallRecord* init = plain.sheet->FindCall(L"DocumentPropertySheets(PROPSHEETUI_REASON_INIT)");
+    ASSERT_NE(init, nullptr);
+    ASSERT_EQ(plain.sheet->pluginPages().size(), 3u);
+    EXPECT_EQ(init->sheetResult, reinterpret_cast<ULONG_PTR>(plain.sheet->pluginPages()[2]));
+
+    PROPSHEETUI_INFO info = {sizeof(info), PROPSHEETUI_INFO_VERSION};
+    SETRESULT_INFO result = {};
+    result.Result = 0x1234;
+    for (const auto& [reason, lParam, expected] : {std::tuple<WORD, LPARAM, ULONG_PTR>{7, 0, 0},
+                                                   {PROPSHEETUI_REASON_SET_RESULT, LPARAM(&result), 0x1234}}) {
+        info.Reason = reason;
+        info.Result = 99;
+        EXPECT_EQ(plain.object.get()->DocumentPropertySheets(&info, lParam), S_OK);
+        EXPECT_EQ(info.Result, expected) << "reason " << reason;
+    }
+    info.Version = 0x200;
+    SetLastError(0);
+    EXPECT_EQ(plain.object.get()->DocumentPropertySheets(&info, 0), E_FAIL);
+    EXPECT_EQ(GetLastError(), 87u);
+    plain.sheet.reset();
+
+    configtest::PlacedFile library(configtest::StandIn(L"locale_library\\ozdkrnlcl.dll"),
+                                   configtest::LocaleLibraryPath());
+    configtest::MakerFolder maker;
+    Preferences translated;
+    ASSERT_TRUE(translated.Open());
+    EXPECT_EQ(translated.sheet->TabTitles(), (std::vector<std::wstring>{L"Seite", L"Papier/Medien", L"Quorl"}))
+        << "a caption the locale lacks gives no title: the sheet shows the template's";
+}
+
+// Landscape, interpoint open to top with the empty page reach both device modes and
+// "Config"; single sided keeps the interpoint options' states and still writes them;
+// values already set and a second apply write nothing.
+TEST(LayoutPage, AppliedChoicesReachBothDeviceModesAndConfigAndUnchangedOnesWriteNothing) {
+    Preferences p;
+    ASSERT_TRUE(p.Open());
+    HWND layout = p.sheet->CurrentPage();
+    ASSERT_TRUE(Checked(layout, IDC_PORTRAIT) && Checked(layout, IDC_SINGLE_SIDED) && !Enabled(layout, IDC_OPEN_TO_TOP));
+    SendDlgItemMessageW(layout, IDC_LANDSCAPE, BM_CLICK, 0, 0);  // the orientation group is hidden
+    for (int id : {IDC_DOUBLE_SIDED, IDC_OPEN_TO_TOP, IDC_INSERT_EMPTY_PAGE}) EXPECT_TRUE(Click(layout, id)) << id;
+    ASSERT_TRUE(p.sheet->Apply());
+
+    const DEVMODEW& document = *p.hostPrinter.publicDevMode();
+    for (const DEVMODEW& dm : {document, p.PrinterDevMode()}) {
+        EXPECT_EQ(dm.dmFields & (DM_ORIENTATION | DM_DUPLEX), DWORD(DM_ORIENTATION | DM_DUPLEX));
+        EXPECT_EQ(dm.dmOrientation, DMORIENT_LANDSCAPE);
+        EXPECT_EQ(dm.dmDuplex, DMDUP_HORIZONTAL);
+    }
+    for (const auto& [name, value] : {std::pair<const wchar_t*, DWORD>{L"InterPoint", 1}, {L"BindingEdge", 3},
+                                      {L"InsertEmptyPage", 1}, {L"OutputFace", 1}}) {
+        EXPECT_EQ(p.Stored(name), value) << testenv::Narrow(name);
+    }
+    EXPECT_EQ(p.broadcasts.count(), 2) << "orientation and interpoint";
+
+    EXPECT_TRUE(Click(layout, IDC_SINGLE_SIDED));
+    EXPECT_TRUE(!Enabled(layout, IDC_INSERT_EMPTY_PAGE) && Checked(layout, IDC_INSERT_EMPTY_PAGE));
+    EXPECT_TRUE(!Enabled(layout, IDC_OPEN_TO_TOP) && Checked(layout, IDC_OPEN_TO_TOP));
+    p.TakeWrites();
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_EQ(p.TakeWrites(), (std::vector<std::wstring>{L"InterPoint", L"InsertEmptyPage", L"LandscapeMode",
+                                                         L"BindingEdge", L"OutputFace", L"Preview"}));
+    EXPECT_EQ(p.PrinterDevMode().dmDuplex, DMDUP_SIMPLEX);
+    EXPECT_EQ(p.Stored(L"InsertEmptyPage"), 1u);
+
+    const int printerWrites = p.spooler.printerWrites;
+    SendDlgItemMessageW(layout, IDC_LANDSCAPE, BM_CLICK, 0, 0);
+    EXPECT_TRUE(Click(layout, IDC_SINGLE_SIDED));
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_EQ(p.spooler.printerWrites, printerWrites) << "values already set";
+    EXPECT_EQ(p.broadcasts.count(), 3);
+    p.TakeWrites();
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_TRUE(p.TakeWrites().empty()) << "nothing changed since the last apply";
+}
+
+// A user who may not manage the printer is warned, captioned with the printer's name,
+// and finds the controls disabled.
+TEST(LayoutPage, WithoutTheRightToManageThePrinterWarnsAndDisablesTheControls) {
+    Preferences p;
+    p.spooler.refuseFullAccess = true;
+    std::wstring warning;
+    DialogScript answer(p.printer.name(), [&](HWND box) {
+        warning = MessageBoxText(box);
+        Answer(box, IDOK);
+    });
+    ASSERT_TRUE(p.Open());
+    EXPECT_TRUE(answer.Finish());
+    EXPECT_EQ(warning.substr(0, 48), L"Access to some Printer settings may be denied be");
+    HWND layout = p.sheet->CurrentPage();
+    for (int id : {IDC_SINGLE_SIDED, IDC_DOUBLE_SIDED, IDC_FACE_UP, IDC_COLLATE, IDC_PREVIEW, IDC_ADVANCED}) {
+        EXPECT_FALSE(Enabled(layout, id)) << id;
+    }
+}
+
+// An unknown stored media type shows "Printer Setting" and becomes 256 on the first
+// apply; "Custom 12" and a form reach both device modes and "Config", the hidden paper
+// source always as 8; the same form again (50 micrometres off what was kept) writes
+// nothing, nor does a second apply.
+TEST(PaperPage, MediaTypeFormAndSourceReachTheDeviceModesAndAFormWithinATenthOfAMillimetreIsUnchanged) {
+    Preferences p;
+    p.Store(L"Config", L"MediaType", 999);
+    p.spooler.formSizes[L"A4"] = {210050, 297000};
+    ASSERT_TRUE(p.Open([](DEVMODEW& dm) { dm.dmDefaultSource = 2; }));  // the landscape feeder
+    HWND paper = p.sheet->ShowPluginPage(1);
+    ASSERT_NE(paper, nullptr);
+    EXPECT_EQ(Entries(paper, IDC_MEDIA_TYPE_LIST).at(Selection(paper, IDC_MEDIA_TYPE_LIST)), L"Printer Setting");
+    EXPECT_EQ(Selection(paper, IDC_PAPER_SOURCE_LIST), 1);
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_EQ(p.Stored(L"MediaType"), 256u);
+    EXPECT_EQ(p.Stored(L"PaperSource"), 8u);
+
+    ASSERT_TRUE(ChooseEntry(paper, IDC_MEDIA_TYPE_LIST, L"Custom 12"));
+    ASSERT_TRUE(ChooseEntry(paper, IDC_PAPER_SIZE_LIST, L"A4"));
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_EQ(p.Stored(L"MediaType"), 291u);
+    const auto size = testenv::ReadPrinterData(p.printer.handle(), L"Config", L"PaperSize").data;
+    ASSERT_EQ(size.size(), 8u);
+    EXPECT_EQ(reinterpret_cast<const int32_t*>(size.data())[0], 210000) << "rounded down to a tenth of a millimetre";
+    EXPECT_EQ(reinterpret_cast<const int32_t*>(size.data())[1], 297000);
+    const DEVMODEW& document = *p.hostPrinter.publicDevMode();
+    for (const DEVMODEW& dm : {document, p.PrinterDevMode()}) {
+        EXPECT_EQ(dm.dmMediaType, 291u);
+        EXPECT_EQ(dm.dmDefaultSource, DMBIN_TRACTOR);
+        EXPECT_EQ(dm.dmPaperWidth, 2100);
+        EXPECT_STREQ(dm.dmFormName, L"A4");
+    }
+
+    EXPECT_EQ(p.PrinterDevMode().dmFields & (DM_MEDIATYPE | DM_DEFAULTSOURCE | DM_PAPERSIZE | DM_FORMNAME),
+              DWORD(DM_MEDIATYPE | DM_DEFAULTSOURCE | DM_FORMNAME));
+
+    const int printerWrites = p.spooler.printerWrites;
+    testenv::TraceLog trace;
+    ASSERT_TRUE(ChooseEntry(paper, IDC_PAPER_SIZE_LIST, L"A4"));
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_TRUE(trace.Contains("ApplyPaperSize(): no changes in paper size"));
+    EXPECT_EQ(p.spooler.printerWrites, printerWrites);
+    p.TakeWrites();
+    ASSERT_TRUE(p.sheet->Apply());
+    EXPECT_TRUE(p.TakeWrites().empty());
+}
+
+// The Advanced dialog: the built-in media cannot be removed, the printer's own type can;
+// a form named like a server form is refused with the message, one of this printer's own
+// is added and deleted, a server form cannot be deleted; the test pattern is one raw job
+// of exactly the command.
+TEST(PaperAdvancedDialog, ManagesTheOwnMediaTypesAndFormsAndSendsTheTestPattern) {
+    Preferences p;
+    p.Store(L"Config\\MediaTypes", L"Thick Paper", 0x0A03);
+    ASSERT_TRUE(p.Open());
+    HWND paper = p.sheet->ShowPluginPage(1);
+    bool builtInRemovable = true, serverFormDeletable = true, ownFormDeletable = false;
+    std::wstring question, refusal;
+    DialogScript script(L"Advanced - " + p.printer.name(), [&](HWND dialog) {
+        ChooseEntry(dialog, IDC_MEDIA_TYPE_LIST, 15);
+        builtInRemovable = Enabled(dialog, IDC_REMOVE_MEDIA_TYPE);
+        ChooseEntry(dialog, IDC_MEDIA_TYPE_LIST, L"Thick Paper");
+        PostClick(dialog, IDC_REMOVE_MEDIA_TYPE);
+        HWND box = WaitForWindow(L"Remove Media Type", 5000);
+        question = MessageBoxText(box);
+        Answer(box, IDYES);
+
+        PostClick(dialog, IDC_ADD_MEDIA_TYPE);
+        HWND add = WaitForWindow(L"Add ...", 5000);
+        Click(add, IDC_TEST_PATTERN);
+        Click(add, IDCANCEL);
+
+        ChooseEntry(dialog, IDC_FORMS_LIST, L"Letter");
+        serverFormDeletable = Enabled(dialog, IDC_DELETE_FORM);
+        HWND answered = nullptr;  // the refusal may still be closing
+        for (const wchar_t* name : {L"A4", L"Ozdk Wide"}) {
+            PostClick(dialog, IDC_ADD_CUSTOM_FORM);
+            HWND form = WaitForWindow(L"Add Form ...", 5000, answered);
+            Type(form, IDC_FORM_NAME, name);
+            Type(form, IDC_FORM_WIDTH, L"30");
+            Type(form, IDC_FORM_HEIGHT, L"25.5");
+            PostClick(form, IDOK);
+            if (HWND exists = WaitForWindow(L"Add Form ...", name[0] == L'A' ? 5000 : 300, form)) {
+                refusal = MessageBoxText(exists);
+                Answer(answered = exists, IDOK);
+            }
+        }
+        ChooseEntry(dialog, IDC_FORMS_LIST, L"Ozdk Wide");
+        ownFormDeletable = Enabled(dialog, IDC_DELETE_FORM);
+        PostClick(dialog, IDC_DELETE_FORM);
+        Answer(WaitForWindow(L"Delete Form", 5000), IDYES);
+        Click(dialog, IDOK);
+    });
+    ASSERT_TRUE(Click(paper, IDC_ADVANCED));
+    EXPECT_TRUE(script.Finish());
+
+    EXPECT_FALSE(builtInRemovable) << "entry 15 is built in";
+    EXPECT_EQ(question, L"Do you want to remove this media type?");
+    ASSERT_EQ(p.spooler.deletions.size(), 2u);
+    EXPECT_EQ(p.spooler.deletions[0].key + L"|" + p.spooler.deletions[0].name, L"Config\\MediaTypes|Thick Paper");
+    EXPECT_FALSE(serverFormDeletable);
+    EXPECT_EQ(refusal.substr(0, 60), L"This form could not be added because the name of this form a");
+    EXPECT_EQ(p.spooler.addedForms, std::vector<std::wstring>{L"Ozdk Wide"});
+    const testenv::RecordedWrite* recorded = p.spooler.FindWrite(L"Config\\Forms", L"Ozdk Wide");
+    ASSERT_NE(recorded, nullptr);
+    EXPECT_EQ(recorded->data.size(), 40u);
+    EXPECT_EQ(reinterpret_cast<const FORM_INFO_1W*>(recorded->data.data())->Size.cx, 300000);
+    EXPECT_TRUE(ownFormDeletable);
+    EXPECT_EQ(p.spooler.deletedForms, std::vector<std::wstring>{L"Ozdk Wide"});
+    EXPECT_EQ(p.printer.Jobs(), "\x1b%-12345X@PJL SERVICE MEDIAFORCE\r\n");
+}
