@@ -154,11 +154,9 @@ UINT CALLBACK DocumentLayoutPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* pag
 INT_PTR CALLBACK DocumentLayoutPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG: {
-        gLayoutConfig = reinterpret_cast<UIConfig*>(reinterpret_cast<PROPSHEETPAGEW*>(lParam)->lParam);
+        gLayoutConfig = TakePageConfig(hDlg, lParam, L"DocumentLayoutPropPageProc");
         SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(gLayoutConfig));
         gLayoutChanged = false;
-        Trace(L"DocumentLayoutPropPageProc(): hDlg=%p, page index=%d\n", static_cast<void*>(hDlg),
-              GetPageIndex(hDlg));
         if (gLayoutConfig != nullptr) {
             InitLayoutPage(hDlg, gLayoutConfig);
         }
@@ -188,15 +186,11 @@ INT_PTR CALLBACK DocumentLayoutPropPageProc(HWND hDlg, UINT message, WPARAM wPar
         if (header->code != PSN_APPLY) {
             return FALSE;
         }
-        if (gLayoutChanged && gLayoutConfig != nullptr) {
-            ApplyLayoutChanges(hDlg, gLayoutConfig);
-            gLayoutChanged = false;
-            Trace(L"DocumentLayoutPropPageProc(): PSN_APPLY, %d\n", static_cast<int>(header->idFrom));
-        } else {
-            Trace(L"DocumentLayoutPropPageProc(): PSN_APPLY, but no changes\n");
-        }
-        SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
-        return TRUE;
+        return AnswerApply(hDlg, header, L"DocumentLayoutPropPageProc", gLayoutChanged && gLayoutConfig != nullptr,
+                           [hDlg] {
+                               ApplyLayoutChanges(hDlg, gLayoutConfig);
+                               gLayoutChanged = false;
+                           });
     }
     case WM_USER + 1:
         Trace(L"DocumentLayoutPropPageProc(): WM_USER + 1\n");

@@ -62,6 +62,24 @@ int GetPageIndex(HWND hDlg) {
     return static_cast<int>(SendMessageW(GetParent(hDlg), PSM_HWNDTOINDEX, reinterpret_cast<WPARAM>(hDlg), 0));
 }
 
+UIConfig* TakePageConfig(HWND hDlg, LPARAM lParam, const wchar_t* routine) {
+    auto* config = reinterpret_cast<UIConfig*>(reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam);
+    Trace(L"%s(): hDlg=%p, page index=%d\n", routine, static_cast<void*>(hDlg), GetPageIndex(hDlg));
+    return config;
+}
+
+INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool changed,
+                    const std::function<void()>& apply) {
+    if (changed) {
+        apply();
+        Trace(L"%s(): PSN_APPLY, %d\n", routine, static_cast<int>(header->idFrom));
+    } else {
+        Trace(L"%s(): PSN_APPLY, but no changes\n", routine);
+    }
+    SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
+    return TRUE;
+}
+
 UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page) {
     switch (msg) {
     case PSPCB_CREATE:

@@ -6,6 +6,8 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <functional>
+
 #include "config/ui_config.h"
 
 // Enables the sheet's Apply button for this page and sets config->PageChanged.
@@ -24,6 +26,15 @@ void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId);
 
 // The page index the sheet reports for a page window (PSM_HWNDTOINDEX).
 int GetPageIndex(HWND hDlg);
+
+// WM_INITDIALOG of a page: the configuration its page record carries, traced as
+// "<routine>(): hDlg=..., page index=...".
+UIConfig* TakePageConfig(HWND hDlg, LPARAM lParam, const wchar_t* routine);
+
+// PSN_APPLY of a page: runs `apply` when the page has changes, traces either way and
+// never refuses. The answer for the dialog procedure.
+INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool changed,
+                    const std::function<void()>& apply);
 
 // The creation callback of a document page: refuses a page without configuration.
 // `routine` names the page's callback in the trace.

@@ -372,10 +372,8 @@ UINT CALLBACK DocumentPaperPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page
 INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
-        gPaperConfig = reinterpret_cast<UIConfig*>(reinterpret_cast<PROPSHEETPAGEW*>(lParam)->lParam);
+        gPaperConfig = TakePageConfig(hDlg, lParam, L"DocumentPaperPropPageProc");
         gPaperChanged = false;
-        Trace(L"DocumentPaperPropPageProc(): hDlg=%p, page index=%d\n", static_cast<void*>(hDlg),
-              GetPageIndex(hDlg));
         if (gPaperConfig != nullptr) {
             InitPaperPage(hDlg, gPaperConfig);
         }
@@ -414,15 +412,10 @@ INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wPara
         if (header->code != PSN_APPLY) {
             return FALSE;
         }
-        if (gPaperChanged) {
+        return AnswerApply(hDlg, header, L"DocumentPaperPropPageProc", gPaperChanged, [hDlg] {
             ApplyPaperChanges(hDlg);
             gPaperChanged = false;
-            Trace(L"DocumentPaperPropPageProc(): PSN_APPLY, %d\n", static_cast<int>(header->idFrom));
-        } else {
-            Trace(L"DocumentPaperPropPageProc(): PSN_APPLY, but no changes\n");
-        }
-        SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
-        return TRUE;
+        });
     }
     case WM_USER + 1:
         Trace(L"DocumentPaperPropPageProc(): WM_USER + 1\n");

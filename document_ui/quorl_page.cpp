@@ -19,9 +19,7 @@ UINT CALLBACK DocumentQuorlPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page
 INT_PTR CALLBACK DocumentQuorlPropPageProc(HWND hDlg, UINT message, WPARAM /*wParam*/, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
-        gQuorlConfig = reinterpret_cast<UIConfig*>(reinterpret_cast<PROPSHEETPAGEW*>(lParam)->lParam);
-        Trace(L"DocumentQuorlPropPageProc(): hDlg=%p, page index=%d\n", static_cast<void*>(hDlg),
-              GetPageIndex(hDlg));
+        gQuorlConfig = TakePageConfig(hDlg, lParam, L"DocumentQuorlPropPageProc");
         if (gQuorlConfig != nullptr) {
             TranslateDialog(gQuorlConfig, hDlg);
         }
@@ -31,14 +29,9 @@ INT_PTR CALLBACK DocumentQuorlPropPageProc(HWND hDlg, UINT message, WPARAM /*wPa
         if (header->code != PSN_APPLY) {
             return FALSE;
         }
-        if (gQuorlConfig != nullptr && gQuorlConfig->PageChanged != 0) {
-            gQuorlConfig->PageChanged = 0;
-            Trace(L"DocumentQuorlPropPageProc(): PSN_APPLY, %d\n", static_cast<int>(header->idFrom));
-        } else {
-            Trace(L"DocumentQuorlPropPageProc(): PSN_APPLY, but no changes\n");
-        }
-        SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
-        return TRUE;
+        return AnswerApply(hDlg, header, L"DocumentQuorlPropPageProc",
+                           gQuorlConfig != nullptr && gQuorlConfig->PageChanged != 0,
+                           [] { gQuorlConfig->PageChanged = 0; });
     }
     default:
         return FALSE;
