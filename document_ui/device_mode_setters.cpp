@@ -46,6 +46,15 @@ void BroadcastDevModeChange(const UIConfig* config) {
                         SMTO_NORMAL, 1000, &answer);
 }
 
+// A setter's first step: false when the record already holds `value`, else it takes it.
+bool TakeChoice(uint32_t* field, uint32_t value) {
+    if (*field == value) {
+        return false;
+    }
+    *field = value;
+    return true;
+}
+
 }  // namespace
 
 int WriteDevModeThrough(UIConfig* config, const DevModeEdit& edit, const DevModeEdit& reapply,
@@ -87,10 +96,9 @@ int WriteDevModeThrough(UIConfig* config, const DevModeEdit& edit, const DevMode
 }
 
 int SetPrinterOrientation(UIConfig* config, uint32_t orientation) {
-    if (config->Orientation == orientation) {
+    if (!TakeChoice(&config->Orientation, orientation)) {
         return 0;
     }
-    config->Orientation = orientation;
     const DevModeEdit edit = [orientation](DEVMODEW& dm) {
         dm.dmFields |= DM_ORIENTATION;
         dm.dmOrientation = static_cast<short>(orientation);
@@ -116,10 +124,9 @@ int SetPrinterInterpoint(UIConfig* config, uint32_t interpoint, uint32_t binding
 }
 
 int SetPrinterCollate(UIConfig* config, uint32_t collate) {
-    if (config->Collate == collate) {
+    if (!TakeChoice(&config->Collate, collate)) {
         return 0;
     }
-    config->Collate = collate;
     const DevModeEdit edit = [collate](DEVMODEW& dm) {
         dm.dmFields |= DM_COLLATE;
         dm.dmCollate = static_cast<short>(collate);
@@ -150,10 +157,9 @@ int SetPrinterPaperSize(UIConfig* config, const wchar_t* formName, DWORD keepMas
 }
 
 int SetPrinterMediaType(UIConfig* config, uint32_t code) {
-    if (config->MediaType == code) {
+    if (!TakeChoice(&config->MediaType, code)) {
         return 0;
     }
-    config->MediaType = code;
     const DevModeEdit edit = [code](DEVMODEW& dm) {
         dm.dmFields |= DM_MEDIATYPE;
         dm.dmMediaType = code;
@@ -167,10 +173,9 @@ int SetPrinterMediaType(UIConfig* config, uint32_t code) {
 }
 
 int SetPrinterPaperSource(UIConfig* config, uint32_t source) {
-    if (config->PaperSource == source) {
+    if (!TakeChoice(&config->PaperSource, source)) {
         return 0;
     }
-    config->PaperSource = source;
     const DevModeEdit edit = [source](DEVMODEW& dm) {
         dm.dmFields |= DM_DEFAULTSOURCE;
         dm.dmDefaultSource = static_cast<short>(source);
