@@ -1,7 +1,6 @@
 #include "config/config_lifecycle.h"
 
 #include <windows.h>
-#include <shlobj.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -20,7 +19,6 @@
 namespace {
 
 constexpr const wchar_t* kMakerKey = L"SOFTWARE\\Kestrova";
-constexpr const wchar_t* kPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
 constexpr const wchar_t* kDefaultPatternFile = L"C:\\ProgramData\\Kestrova\\Quorl\\Patterns\\Default.dat";
 constexpr DWORD kTextBytes = kTextCapacity * sizeof(wchar_t);  // 520
 constexpr PaperDimensions kDefaultPaperSize = {210000, 297000};  // A4
@@ -106,13 +104,12 @@ void ReadDocumentSettings(UIConfig* config) {
 // Step 11: the pattern the user picked last (user registry) wins over the stored one.
 void ReadPatternFileName(UIConfig* config) {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, kPatternsKey, 0, KEY_READ, &key) == ERROR_SUCCESS) {
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, kUserPatternsKey, 0, KEY_READ, &key) == ERROR_SUCCESS) {
         wchar_t pattern[kTextCapacity] = {};
-        wchar_t commonData[MAX_PATH] = {};
+        wchar_t folder[MAX_PATH] = {};
         if (ReadRegistryString(L"CurrentPattern", pattern, kTextBytes, key) == ERROR_SUCCESS &&
-            SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, commonData))) {
-            FormatWide(config->CustomPatternFileName, kTextCapacity, L"%s\\Kestrova\\Quorl\\Patterns\\%s", commonData,
-                       pattern);
+            GetPatternFolder(folder, MAX_PATH)) {
+            FormatWide(config->CustomPatternFileName, kTextCapacity, L"%s\\%s", folder, pattern);
             return;
         }
     }

@@ -1,5 +1,8 @@
 #include "config/registry.h"
 
+#include <shlobj.h>
+
+#include "base/text_format.h"
 #include "base/unique_handle.h"
 
 void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead) {
@@ -28,4 +31,16 @@ LONG ReadRegistryString(const wchar_t* name, wchar_t* destination, DWORD capacit
     }
     TerminateReadString(destination, capacity, size);
     return ERROR_SUCCESS;
+}
+
+bool GetPatternFolder(wchar_t* folder, size_t count) {
+    if (count == 0) {
+        return false;
+    }
+    folder[0] = L'\0';
+    wchar_t commonData[MAX_PATH] = {};
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, commonData))) {
+        return false;
+    }
+    return FormatWide(folder, count, L"%s\\Kestrova\\Quorl\\Patterns", commonData) > 0;
 }

@@ -1,4 +1,5 @@
-// Reading string values from the registry and from printer data without overruns.
+// Reading string values from the registry and from printer data without overruns, and
+// where the user's pattern files are kept.
 #pragma once
 
 #include <windows.h>
@@ -14,3 +15,10 @@ void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead);
 // (ERROR_MORE_DATA). `destination` is always terminated; it is left empty when the
 // query fails or the value is not a string.
 LONG ReadRegistryString(const wchar_t* name, wchar_t* destination, DWORD capacityBytes, HKEY key);
+
+// The user's key that names the pattern file picked last (value "CurrentPattern").
+inline constexpr const wchar_t* kUserPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
+
+// The folder of the pattern files: the common application-data folder followed by
+// "\\Kestrova\\Quorl\\Patterns". False (and `folder` empty) when the common folder is unknown.
+bool GetPatternFolder(wchar_t* folder, size_t count);

@@ -190,3 +190,18 @@ int SetPrinterPaperSource(UIConfig* config, uint32_t source) {
           static_cast<int>(merge.error));
     return 1;
 }
+
+int SetPrinterColor(UIConfig* config, uint32_t color) {
+    if (!TakeChoice(&config->RenderMode, color)) {
+        return 0;
+    }
+    const DevModeEdit edit = [color](DEVMODEW& dm) {
+        dm.dmFields |= DM_COLOR;
+        dm.dmColor = static_cast<short>(color);
+    };
+    const DevModeEdit trace = [color](DEVMODEW& dm) {
+        Trace(L"SetPrinterColor(): dmFields & DM_COLOR=%d, old=%d, new=%d\n", (dm.dmFields & DM_COLOR) != 0,
+              static_cast<int>(dm.dmColor), static_cast<int>(color));
+    };
+    return WriteDevModeThrough(config, edit, edit, trace);
+}

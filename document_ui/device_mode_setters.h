@@ -37,3 +37,6 @@ int SetPrinterCollate(UIConfig* config, uint32_t collate);
 int SetPrinterPaperSize(UIConfig* config, const wchar_t* formName, DWORD keepMask, DWORD setMask);
 int SetPrinterMediaType(UIConfig* config, uint32_t code);
 int SetPrinterPaperSource(UIConfig* config, uint32_t source);
+// 1 grayscale (DMCOLOR_MONOCHROME), 2 colour (DMCOLOR_COLOR). 0 when the value was
+// already set or the printer's device mode could not be had.
+int SetPrinterColor(UIConfig* config, uint32_t color);

@@ -4,8 +4,11 @@
 
 #include "base/module_state.h"
 #include "base/spooler.h"
+#include "base/text_format.h"
 #include "base/trace_log.h"
+#include "config/localisation.h"
 #include "resources/document_dialog_ids.h"
+#include "resources/resource_ids.h"
 
 void MarkPageChanged(HWND hDlg, UIConfig* config) {
     SendMessageW(GetParent(hDlg), PSM_CHANGED, reinterpret_cast<WPARAM>(hDlg), 0);
@@ -31,7 +34,7 @@ INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM 
         Trace(L"ShowModalDialog(): no activation context for dialog %u\n", templateId);
         return -1;
     }
-    INITCOMMONCONTROLSEX controls = {sizeof(controls), ICC_UPDOWN_CLASS | ICC_STANDARD_CLASSES};
+    INITCOMMONCONTROLSEX controls = {sizeof(controls), ICC_UPDOWN_CLASS | ICC_BAR_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
     const INT_PTR result = DialogBoxParamW(ghInstance, MAKEINTRESOURCEW(templateId), owner, dialogProc, param);
     DeactivateActCtx(0, cookie);
@@ -91,6 +94,23 @@ UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page) 
     default:
         return 0;
     }
+}
+
+int ShowLocalMessage(HWND owner, const UIConfig* config, UINT textId, UINT captionId, UINT style) {
+    // The loader's buffer is shared: copy the first text before loading the second.
+    wchar_t caption[kTextCapacity] = {};
+    CopyWide(caption, kTextCapacity, GetLocalString(config, captionId));
+    wchar_t text[1024] = {};
+    CopyWide(text, 1024, GetLocalString(config, textId));
+    return MessageBoxW(owner, text, caption, style);
+}
+
+void SetAdvancedTitle(HWND hDlg, const UIConfig* config) {
+    wchar_t advanced[kTextCapacity] = {};
+    CopyWide(advanced, kTextCapacity, GetLocalString(config, IDS_ADVANCED));
+    wchar_t title[2 * kTextCapacity] = {};
+    FormatWide(title, 2 * kTextCapacity, L"%s - %s", advanced, config->PrinterName);
+    SetWindowTextW(hDlg, title);
 }
 
 void CheckRadio(HWND hDlg, int first, int last, int id) { CheckRadioButton(hDlg, first, last, id); }

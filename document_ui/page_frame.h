@@ -40,6 +40,12 @@ INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool
 // `routine` names the page's callback in the trace.
 UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page);
 
+// A message box whose text and caption are resource strings, translated.
+int ShowLocalMessage(HWND owner, const UIConfig* config, UINT textId, UINT captionId, UINT style);
+
+// Captions an "Advanced" dialog "Advanced - <printer name>".
+void SetAdvancedTitle(HWND hDlg, const UIConfig* config);
+
 // Checks `id` and the other buttons of its radio pair (first..last).
 void CheckRadio(HWND hDlg, int first, int last, int id);
 bool IsChecked(HWND hDlg, int id);

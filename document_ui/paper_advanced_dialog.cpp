@@ -41,11 +41,7 @@ void EnableRemove(HWND hDlg, int index) {
 }
 
 int MessageBoxOf(HWND hDlg, UINT textId, UINT captionId, UINT style) {
-    wchar_t caption[kTextCapacity] = {};
-    CopyWide(caption, kTextCapacity, GetLocalString(Config(), captionId));
-    wchar_t text[1024] = {};
-    CopyWide(text, 1024, GetLocalString(Config(), textId));
-    return MessageBoxW(hDlg, text, caption, style);
+    return ShowLocalMessage(hDlg, Config(), textId, captionId, style);
 }
 
 // The built-in media and then the printer's own types, each with its media code.
@@ -312,11 +308,7 @@ void InitPaperAdvanced(HWND hDlg) {
     EnableControl(hDlg, IDC_EDIT_MEDIA_TYPE, gAdvancedCanManage);
     CheckRadio(hDlg, IDC_METRIC, IDC_ENGLISH, IDC_METRIC);
     FillFormsList(hDlg);
-    wchar_t advanced[kTextCapacity] = {};
-    CopyWide(advanced, kTextCapacity, GetLocalString(Config(), IDS_ADVANCED));
-    wchar_t title[2 * kTextCapacity] = {};
-    FormatWide(title, 2 * kTextCapacity, L"%s - %s", advanced, Config()->PrinterName);
-    SetWindowTextW(hDlg, title);
+    SetAdvancedTitle(hDlg, Config());
     EnableControl(hDlg, ID_APPLY_NOW, false);
     TranslateDialog(Config(), hDlg);
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 // --- dialogs ---
+#define IDD_QUORL_ADVANCED               103
 #define IDD_CUSTOM_MEDIA_TYPE            105
 #define IDD_QUORL_PAGE                   106
 #define IDD_LAYOUT_PAGE                  110
@@ -12,6 +13,7 @@
 #define IDD_LAYOUT_ADVANCED              112
 #define IDD_PAPER_ADVANCED               113
 #define IDD_CUSTOM_FORM                  134
+#define IDD_TWO_IN_ONE_WARNING           158
 
 // --- pictures ---
 #define IDB_PORTRAIT                     116
@@ -22,8 +24,8 @@
 #define IDB_DOUBLE_SIDED_EMPTY_PAGE      121
 #define IDB_COLLATED                     122
 #define IDB_UNCOLLATED                   123
-#define IDI_EMBOSS                       124
-#define IDI_PRINT                        126
+#define IDI_COLOR_INK                    124
+#define IDI_GRAYSCALE_INK                126
 #define IDB_FOLD_LINE                    135
 #define IDB_NO_FOLD_LINE                 136
 #define IDB_LOGO                         157
@@ -97,3 +99,46 @@
 #define IDC_FORM_NAME                    1121
 #define IDC_FORM_WIDTH                   1122
 #define IDC_FORM_HEIGHT                  1123
+
+// --- "Quorl" page (106); "&More Options ..." is IDC_ADVANCED, "&Defaults ..." IDC_DEFAULTS ---
+#define IDC_HOW_TO_PRINT_GROUP           1006
+#define IDC_EMBOSS_STANDARD_TEXT         1007
+#define IDC_GRAPHICS_QUALITY_LABEL       1009
+#define IDC_DOT_HEIGHT_LABEL             1010
+#define IDC_BRAILLE_STANDARD_LABEL       1011
+#define IDC_PRINT_QUALITY_LABEL          1012
+#define IDC_BRAILLE_QUALITY_LABEL        1013
+#define IDC_GRAYSCALE                    1052
+#define IDC_COLOR                        1053
+#define IDC_FRONT_INK_ONLY               1055
+#define IDC_COLOR_PICTURE                1067
+#define IDC_GRAYSCALE_PICTURE            1068
+#define IDC_QUORL_ADVANCED_GROUP         1083
+#define IDC_MERGE_INK                    1085
+#define IDC_DOT_HEIGHT_LIST              2071
+#define IDC_BRAILLE_STANDARD_LIST        2072
+#define IDC_EMBOSS                       2137
+#define IDC_PRINT                        2138
+#define IDC_TWO_IN_ONE                   2143
+#define IDC_PRINT_QUALITY_LIST           2144
+#define IDC_GRAPHICS_QUALITY_LIST        2149
+#define IDC_BRAILLE_QUALITY_LIST         2150
+
+// --- Quorl "Advanced" (103); its buttons are IDOK, IDCANCEL and IDC_QUORL_APPLY ---
+#define IDC_QUORL_APPLY                  3
+#define IDC_IMAGES_GROUP                 1014
+#define IDC_CONTRAST                     1017
+#define IDC_CONTRAST_NUMBER              1018
+#define IDC_BRIGHTNESS                   1021
+#define IDC_BRIGHTNESS_NUMBER            1022
+#define IDC_INVERT_COLORS                1023
+#define IDC_CHESSBOARD_PATTERN           1024
+#define IDC_THIN_LINE_INTENSITY          1025
+#define IDC_APPLY_PATTERNS               1026
+#define IDC_PATTERN_LIST                 1082
+#define IDC_OUTPUT_BITMAP                2139
+
+// --- the "2 In 1" warning (158): "&OK" IDOK, "&Yes" IDCANCEL (so Escape answers yes), "&No" ---
+#define IDC_WARNING_NO                   3
+#define IDC_WARNING_TEXT                 1081
+#define IDC_DONT_SHOW_AGAIN              1082

@@ -251,25 +251,33 @@ def logo():
     return cv
 
 
-def emboss_icon():
-    cv = Canvas(32, 32)
-    braille_cell(cv, 10, 6, {1, 2, 3, 4, 5, 6}, 4, 12, 10, shaded=True)
-    return cv
-
-
-def print_icon():
-    # An ink drop: a round bottom under a point.
-    cv = Canvas(32, 32)
-    cx, cy, r = 15.5, 20, 9
-    for yy in range(2, 32):
-        for xx in range(32):
+def ink_drop(cv, cx, cy, r, top, colour):
+    """A drop of ink: a round bottom under a point at height `top`."""
+    for yy in range(top, cv.height):
+        for xx in range(cv.width):
             px, py = xx + 0.5, yy + 0.5
             inside = (px - cx) ** 2 + (py - cy) ** 2 <= r * r
             if py < cy:
-                half = r * (py - 2) / (cy - 2)
+                half = r * (py - top) / (cy - top)
                 inside = inside or abs(px - cx) <= half
             if inside:
-                cv.put(xx, yy, INK)
+                cv.put(xx, yy, colour)
+
+
+def color_ink_icon():
+    # Colour printing: cyan, magenta and yellow drops.
+    cv = Canvas(32, 32)
+    ink_drop(cv, 8.5, 23, 6, 12, (0, 174, 239))
+    ink_drop(cv, 23.5, 23, 6, 12, (236, 0, 140))
+    ink_drop(cv, 16, 13, 6, 1, (255, 222, 0))
+    outline(cv)
+    return cv
+
+
+def grayscale_ink_icon():
+    # Grayscale printing: one gray drop.
+    cv = Canvas(32, 32)
+    ink_drop(cv, 15.5, 20, 9, 2, (128, 128, 128))
     outline(cv)
     cv.disc(11.5, 21, 2.2, WHITE)
     return cv
@@ -336,8 +344,8 @@ BITMAPS = {
     "logo.bmp": logo,
 }
 ICONS = {
-    "emboss.ico": emboss_icon,
-    "print.ico": print_icon,
+    "color_ink.ico": color_ink_icon,
+    "grayscale_ink.ico": grayscale_ink_icon,
 }
 
 
