@@ -187,7 +187,7 @@ bool OnTwoInOneClick(HWND hDlg) {
     Check(hDlg, IDC_PRINT, true);
     EnableEmbossGroup(hDlg, true);
     EnableColorGroup(hDlg, true);
-    EnableControl(hDlg, IDC_MERGE_INK, InterpointChosen());
+    EnableMergeInk(hDlg);
     return true;
 }
 
