@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr const wchar_t* kMakerKey = L"SOFTWARE\\Kestrova";
 constexpr const wchar_t* kDefaultPatternFile = L"C:\\ProgramData\\Kestrova\\Quorl\\Patterns\\Default.dat";
 constexpr DWORD kTextBytes = kTextCapacity * sizeof(wchar_t);  // 520
 constexpr PaperDimensions kDefaultPaperSize = {210000, 297000};  // A4

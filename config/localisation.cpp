@@ -13,7 +13,6 @@ namespace {
 constexpr const wchar_t* kLocaleLibrary = L"\\3\\ozdkrnlcl.dll";
 constexpr const wchar_t* kSection = L"ozdkrnui";  // this plug-in's base name
 constexpr const wchar_t* kCaptionSection = L"Caption";
-constexpr const wchar_t* kMakerKey = L"SOFTWARE\\Kestrova";
 constexpr const wchar_t* kSetupKey = L"QuorlSetup";
 constexpr const wchar_t* kDefaultLocale = L"en_us";
 constexpr DWORD kLocaleNameBytes = 4096;

@@ -16,6 +16,9 @@ void TerminateReadString(wchar_t* buffer, DWORD capacity, DWORD bytesRead);
 // query fails or the value is not a string.
 LONG ReadRegistryString(const wchar_t* name, wchar_t* destination, DWORD capacityBytes, HKEY key);
 
+// The maker's machine key: "KSDir" names the installation folder.
+inline constexpr const wchar_t* kMakerKey = L"SOFTWARE\\Kestrova";
+
 // The user's key that names the pattern file picked last (value "CurrentPattern").
 inline constexpr const wchar_t* kUserPatternsKey = L"SOFTWARE\\Kestrova\\Patterns";
 

@@ -190,3 +190,16 @@ bool GetQuorlSettings(UIConfig& config) {
     Trace(L"GetQuorlSettings(): nbrParms=%d, count=%d\n", static_cast<int>(config.LegacyParmCount), read);
     return config.LegacyParmCount > 0 && read > 0;
 }
+
+void ReadQuorlSettingsOnce(UIConfig& config, const wchar_t* caller) {
+    if (config.LegacyParmCount != 0) {
+        return;
+    }
+    const bool read = GetQuorlSettings(config);
+    Trace(L"%s(): %d=GetQuorlSettings()\n", caller, read ? 1 : 0);
+    if (read) {
+        config.LegacyRefresh = 1;
+    } else {
+        config.LegacyParmCount = -1;
+    }
+}

@@ -11,3 +11,10 @@
 // LegacyParmCount above 0 and, on the spooler-side path, at least one stored value read.
 // Uses config.PrinterHandle; blocks the calling thread while the device answers.
 bool GetQuorlSettings(UIConfig& config);
+
+// The first read of the device by a page (`caller` names the page's routine in the
+// trace): when `config` has not been read yet (LegacyParmCount 0), reads it; success asks
+// the pages to refresh from the device's values (LegacyRefresh), failure marks the device
+// unreachable (LegacyParmCount -1) so that no page tries again. Nothing when the device
+// was read before.
+void ReadQuorlSettingsOnce(UIConfig& config, const wchar_t* caller);

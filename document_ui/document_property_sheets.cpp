@@ -1,6 +1,6 @@
 #include "document_ui/document_property_sheets.h"
 
-#include "base/module_state.h"
+#include "base/module_pages.h"
 #include "base/trace_log.h"
 #include "config/config_lifecycle.h"
 #include "config/localisation.h"
@@ -28,23 +28,12 @@ const DocumentPage kDocumentPages[] = {
 
 // Adds the three pages; the handle of the last one added.
 LONG_PTR AddDocumentPages(PROPSHEETUI_INFO* info, UIConfig* config, HANDLE oemHeap) {
-    HANDLE context = GetModuleActivationContext();
     LONG_PTR handle = 0;
     for (const DocumentPage& entry : kDocumentPages) {
-        PROPSHEETPAGEW_V4_RECORD page = {};
-        page.dwSize = sizeof(page);
-        page.dwFlags = PSP_USETITLE | PSP_USECALLBACK;
-        if (IsActivationContextValid(context)) {
-            page.dwFlags |= PSP_USEFUSIONCONTEXT;
-            page.hActCtx = context;
-        }
-        page.hInstance = ghInstance;
-        page.pszTemplate = MAKEINTRESOURCEW(entry.templateId);
-        page.pfnDlgProc = entry.dialogProc;
-        page.lParam = reinterpret_cast<LPARAM>(config);
-        page.pfnCallback = entry.callback;
-        // Lives as long as the sheet: the OEM heap is the sheet's.
-        page.pszTitle = LoadLocalCaption(config, oemHeap, entry.titleId);
+        // The title lives as long as the sheet: the OEM heap is the sheet's.
+        PROPSHEETPAGEW_V4_RECORD page =
+            MakeModulePage(entry.templateId, LoadLocalCaption(config, oemHeap, entry.titleId), entry.dialogProc,
+                           entry.callback, reinterpret_cast<LPARAM>(config));
         handle = info->pfnComPropSheet(info->hComPropSheet, CPSFUNC_ADD_PROPSHEETPAGEW,
                                        reinterpret_cast<LPARAM>(&page), 0);
         if (entry.templateId == IDD_LAYOUT_PAGE) {
@@ -85,27 +74,14 @@ HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM lParam, 
         pPSUIInfo->Result = static_cast<ULONG_PTR>(AddDocumentPages(pPSUIInfo, config, param->hOEMHeap));
         break;
     }
-    case PROPSHEETUI_REASON_GET_INFO_HEADER: {
-        auto* header = reinterpret_cast<PROPSHEETUI_INFO_HEADER*>(lParam);
-        if (header != nullptr) {
-            header->pTitle = const_cast<wchar_t*>(L"OEM UI Page");
-        }
-        pPSUIInfo->Result = 1;
-        break;
-    }
     case PROPSHEETUI_REASON_DESTROY:
         Trace(L"hrOEMDocumentPropertySheets(): PROPSHEETUI_REASON_DESTROY\n");
         Trace(L"hrOEMDocumentPropertySheets(): pPSUIInfo->UserData=0x%p\n",
               reinterpret_cast<void*>(pPSUIInfo->UserData));
-        pPSUIInfo->Result = 1;  // the plug-in object releases the configuration
+        AnswerSheetReason(pPSUIInfo, lParam);
         break;
-    case PROPSHEETUI_REASON_SET_RESULT: {
-        auto* result = reinterpret_cast<SETRESULT_INFO*>(lParam);
-        pPSUIInfo->Result = result != nullptr ? result->Result : 0;
-        break;
-    }
     default:
-        pPSUIInfo->Result = 0;
+        AnswerSheetReason(pPSUIInfo, lParam);
         break;
     }
     return S_OK;

@@ -2,6 +2,7 @@
 
 #include <prsht.h>
 
+#include "base/module_pages.h"
 #include "base/module_state.h"
 #include "base/spooler.h"
 #include "base/text_format.h"
@@ -42,23 +43,7 @@ INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM 
 }
 
 void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId) {
-    HBITMAP bitmap = static_cast<HBITMAP>(
-        LoadImageW(ghInstance, MAKEINTRESOURCEW(bitmapId), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR));
-    if (bitmap == nullptr) {
-        return;
-    }
-    BITMAP size = {};
-    GetObjectW(bitmap, sizeof(size), &size);
-    HDC source = CreateCompatibleDC(item->hDC);
-    if (source != nullptr) {
-        HGDIOBJ previous = SelectObject(source, bitmap);
-        FillRect(item->hDC, &item->rcItem, GetSysColorBrush(COLOR_BTNFACE));
-        TransparentBlt(item->hDC, item->rcItem.left, item->rcItem.top, size.bmWidth, size.bmHeight, source, 0, 0,
-                       size.bmWidth, size.bmHeight, PICTURE_TRANSPARENT_COLOR);
-        SelectObject(source, previous);
-        DeleteDC(source);
-    }
-    DeleteObject(bitmap);
+    DrawModuleBitmap(item, bitmapId, PICTURE_TRANSPARENT_COLOR);
 }
 
 int GetPageIndex(HWND hDlg) {

@@ -27,9 +27,14 @@ inline constexpr char kGetPrinterErrorTextExport[] = "DllExportGetPrinterErrorTe
 inline constexpr DWORD kPrinterErrorTextCapacity = 1024;
 
 // Service codes, the first field of every request.
-inline constexpr uint32_t kServicePrintTestPage = 8;    // no further fields
+inline constexpr uint32_t kServicePrintTestPage = 8;    // PrintTestPageServiceRequest
 inline constexpr uint32_t kServiceBrailleTable = 14;    // BrailleTableServiceRequest
 inline constexpr uint32_t kServiceSerialSettings = 15;  // SerialSettingsServiceRequest
+
+// A test page printed by the device.
+struct PrintTestPageServiceRequest {
+    uint32_t service;  // kServicePrintTestPage
+};
 
 // The braille-table dialog, opened on the table the device has loaded.
 struct BrailleTableServiceRequest {

@@ -80,15 +80,7 @@ void SelectDeviceFormSize(const UIConfig& config, OPTITEM& item) {
 }
 
 LONG OnSetActive(PCPSUICBPARAM param, UIConfig& config) {
-    if (config.LegacyParmCount == 0) {
-        const bool read = GetQuorlSettings(config);
-        Trace(L"OEMPrinterUICallBack(): %d=GetQuorlSettings()\n", read ? 1 : 0);
-        if (read) {
-            config.LegacyRefresh = 1;
-        } else {
-            config.LegacyParmCount = -1;  // not tried again on later activations
-        }
-    }
+    ReadQuorlSettingsOnce(config, L"OEMPrinterUICallBack");  // a failed read is not tried again
     if (config.LegacyRefresh == 0) {
         return CPSUICB_ACTION_NONE;
     }

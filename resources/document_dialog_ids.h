@@ -15,23 +15,7 @@
 #define IDD_CUSTOM_FORM                  134
 #define IDD_TWO_IN_ONE_WARNING           158
 
-// --- pictures ---
-#define IDB_PORTRAIT                     116
-#define IDB_LANDSCAPE                    117
-#define IDB_LANDSCAPE_INVERSE            118
-#define IDB_SINGLE_SIDED                 119
-#define IDB_DOUBLE_SIDED                 120
-#define IDB_DOUBLE_SIDED_EMPTY_PAGE      121
-#define IDB_COLLATED                     122
-#define IDB_UNCOLLATED                   123
-#define IDI_COLOR_INK                    124
-#define IDI_GRAYSCALE_INK                126
-#define IDB_FOLD_LINE                    135
-#define IDB_NO_FOLD_LINE                 136
-#define IDB_LOGO                         157
-
-// The transparent colour of every picture: RGB(0, 255, 255).
-#define PICTURE_TRANSPARENT_COLOR        0xFFFF00
+#include "picture_ids.h"
 
 // Apply button of the module's own dialogs.
 #define ID_APPLY_NOW                     0x3021

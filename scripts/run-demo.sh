@@ -11,7 +11,9 @@
 # printing preferences once per page of the plug-in, each brought to the front in turn
 # ($BUILD_DIR/demo/screenshot-layout.png, screenshot-paper-media.png,
 # screenshot-quorl.png: the tab's title in lower case; screenshot.png while the plug-in
-# adds no page), the properties on their Device Settings page (screenshot-printer.png).
+# adds no page), the properties on their Device Settings page (screenshot-printer.png) and
+# on the plug-in's Service page, which shows the embosser's identity
+# (screenshot-printer-service.png).
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail

@@ -1,8 +1,9 @@
 // The host opens, applies and closes the document and printer property sheets of a real
 // Wine printer with the plug-in's pages, through the DLL just built; every call the
 // plug-in fails says why. The printer is a simulated network embosser: the printer
-// sheet's "Device Settings" page shows the item tree CommonUIProp builds, the host's
-// callbacks reach the plug-in, and what it writes arrives as raw jobs. What each callback
+// sheet's "Device Settings" page shows the item tree CommonUIProp builds next to the
+// plug-in's "Service" page, the host's callbacks reach the plug-in, and what it writes
+// arrives as raw jobs. What each callback
 // does (the push buttons included) is checked in-process, in tests/printer_ui.
 #include "support/embosser_fixtures.h"  // first: winsock2.h before windows.h
 
@@ -47,6 +48,7 @@ TEST(HostSheets, DocumentAndPrinterSheetsOpenApplyAndCloseAndTheDeviceSettingsSh
         sheet.AddHostPage(std::move(callLog));
         ASSERT_NE(sheet.ShowModeless(), nullptr) << testenv::Narrow(log.Text());
         if (tree != nullptr) {
+            EXPECT_EQ(sheet.TabTitles(), (std::vector<std::wstring>{L"Device Settings", L"Service", L"Plug-in Calls"}));
             ASSERT_EQ(sheet.items().count, 22u);
             ASSERT_TRUE(sheet.ShowHostPage(tree) && sheet.ShowHostPage(callLogPage) && sheet.ShowHostPage(tree));
             EXPECT_EQ(simulator->RequestCount(), 1) << "the device is read at the first activation only";

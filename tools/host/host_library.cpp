@@ -1080,8 +1080,10 @@ std::wstring FileNamePart(const std::wstring& title) {
     return part;
 }
 
-// Brings each of the plug-in's pages to the front in turn and photographs the sheet.
-void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, HostLog& log) {
+// Brings each of the plug-in's pages to the front in turn and photographs the sheet, as
+// <path>-<prefix><tab title>.
+void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, const std::wstring& prefix,
+                           HostLog& log) {
     const std::vector<std::wstring> titles = sheet.TabTitles();
     for (size_t i = 0; i < sheet.pluginPages().size() && sheet.window() != nullptr; ++i) {
         if (sheet.ShowPluginPage(i) == nullptr) {
@@ -1093,7 +1095,7 @@ void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, H
         if (name.empty()) {
             name = L"page-" + std::to_wstring(i + 1);
         }
-        SaveScreenshot(ScreenshotPathFor(path, name), &log, sheet.window());
+        SaveScreenshot(ScreenshotPathFor(path, prefix + name), &log, sheet.window());
     }
 }
 
@@ -1118,13 +1120,15 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
     }
     sheet.PumpMessages(options.showMilliseconds);
     if (!options.screenshotPath.empty()) {
+        const bool both = options.documentSheet && options.printerSheet;
         if (kind == SheetKind::Document && !sheet.pluginPages().empty()) {
-            PhotographPluginPages(sheet, options.screenshotPath, log);
+            PhotographPluginPages(sheet, options.screenshotPath, L"", log);
         } else {
-            const bool both = options.documentSheet && options.printerSheet;
+            // The page the sheet opened with, then the plug-in's own pages.
             SaveScreenshot(kind == SheetKind::Printer && both ? ScreenshotPathFor(options.screenshotPath, L"printer")
                                                               : options.screenshotPath,
                            &log, sheet.window());
+            PhotographPluginPages(sheet, options.screenshotPath, both ? L"printer-" : L"", log);
         }
     }
     if (options.apply) {

@@ -362,7 +362,8 @@ struct HostOptions {
     // once per plug-in page, as X-<tab title>.png (the title in lower case, other
     // characters than letters and digits as "-"; "page-N" when nothing is left), or as
     // X.png when the plug-in added no page; the printer sheet as X-printer.png when both
-    // sheets are shown, else as X.png.
+    // sheets are shown, else as X.png, on the page it opens with, and then once per
+    // plug-in page as X-printer-<tab title>.png (X-<tab title>.png when it is shown alone).
     std::wstring screenshotPath;
 };
 

@@ -1,7 +1,12 @@
-// Where the language-monitor extension stand-in records its calls: this environment
-// variable of the process that loaded it, one line per DllExportPrinterService call,
-// "<owner> <printer name> <service code> <table index>\n" (the index only for the
-// braille-table service, else 0).
+// How the language-monitor extension stand-in talks with the test that loaded it: through
+// environment variables of that process.
+//  - OZDK_EXTENSION_CALLS: the stand-in appends one line per DllExportPrinterService call,
+//    "<owner> <printer name> <service code> <detail>\n": the table index for the
+//    braille-table service, the number of nonzero bytes among the 20 that follow the code
+//    for the serial-settings service, else 0.
+//  - OZDK_PRINTER_ERROR: the printer's current error as "<code> <text>"; unset, the
+//    printer has none to tell (DllExportGetPrinterError fails).
 #pragma once
 
 #define OZDK_EXTENSION_CALLS L"OZDK_EXTENSION_CALLS"
+#define OZDK_PRINTER_ERROR L"OZDK_PRINTER_ERROR"

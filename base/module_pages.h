@@ -1,0 +1,27 @@
+// The module's own pages in the host's property sheets: a page made from one of its dialog
+// templates, the answers every sheet entry gives alike, and one of the module's bitmaps
+// drawn into an owner-drawn control.
+#pragma once
+
+#include <windows.h>
+#include <prsht.h>
+#include <compstui.h>
+
+#include "base/printer_oem_ui.h"
+
+// A page record for CPSFUNC_ADD_PROPSHEETPAGEW: template `templateId` of this module,
+// the title given (PSP_USETITLE), the page callback (PSP_USECALLBACK) and, when the
+// module's activation context could be made, that context (PSP_USEFUSIONCONTEXT), so
+// that the page's controls are the common controls of the module's manifest.
+PROPSHEETPAGEW_V4_RECORD MakeModulePage(UINT templateId, const wchar_t* title, DLGPROC dialogProc,
+                                        LPFNPSPCALLBACKW callback, LPARAM lParam);
+
+// What a sheet entry of the plug-in answers for every reason but PROPSHEETUI_REASON_INIT:
+// the header's title "OEM UI Page" (Result 1); nothing to free at
+// PROPSHEETUI_REASON_DESTROY (Result 1: the plug-in object releases the configuration);
+// the set result copied from the SETRESULT_INFO in `lParam`; else Result 0.
+void AnswerSheetReason(PROPSHEETUI_INFO* info, LPARAM lParam);
+
+// Draws bitmap `bitmapId` of this module at the top left of an owner-drawn control in
+// its own size, on the dialog's face colour, leaving the `transparent` colour out.
+void DrawModuleBitmap(const DRAWITEMSTRUCT* item, UINT bitmapId, COLORREF transparent);

@@ -1,0 +1,215 @@
+// The printer's "Service" page as a person uses it, through the host on the real dialog:
+// the device is an embosser simulator behind the printer's Standard TCP/IP port, the
+// language-monitor extension its stand-in (which tells the error a test sets), and the
+// ink toolbox a stand-in program that writes down how it was started.
+#include "support/embosser_fixtures.h"  // first: winsock2.h before windows.h
+
+#include <shlobj.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+#include "config/config_fixtures.h"
+#include "frame/oem_ui_plugin.h"
+#include "printer_ui/service_page.h"
+#include "resources/device_dialog_ids.h"
+#include "standins/language_monitor_extension/language_monitor_extension_record.h"
+#include "tools/host/dialog_driver.h"
+#include "tools/host/option_tree_page.h"
+
+using namespace ozdkhost;
+using testenv::TraceLog;
+
+namespace {
+
+constexpr DWORDLONG kDriverVersion = 0x0003000200010000;  // 3.2.1.0
+const std::wstring kDriverLine = L"\r\nDriver Version: 3.2.1.0";
+// The simulator's sample settings: firmware 1.2.3, so stored as the bytes 3, 2, 1.
+const std::wstring kIdentity = kDriverLine +
+                               L"\r\nPrinter Serial Number: SIM-000001\r\nFirmware Version: 1.2.3"
+                               L"\r\nModel Number: Quorl Simulator";
+
+// The properties of a printer whose port reaches `address`, opened the way the driver's
+// host opens them, with the plug-in object linked into the test program, the extension
+// stand-in in place and a driver of version 3.2.1.0.
+struct ServiceSheet {
+    explicit ServiceSheet(const char* address) {
+        printer.MakeNetworkPort(testenv::Widen(address), L"");
+        spooler.driverVersion = kDriverVersion;
+        SetEnvironmentVariableW(OZDK_EXTENSION_CALLS, nullptr);
+        SetEnvironmentVariableW(OZDK_PRINTER_ERROR, nullptr);
+    }
+    // The sheet, open on the plug-in's page; the page's window, null when it did not open.
+    HWND Open() {
+        if (!hostPrinter.Open(printer.name()) || object.Adopt(new OemUIPlugin()) != S_OK ||
+            !hostPrinter.PrepareOemPrivatePart(object.get(), GetModuleHandleW(nullptr))) {
+            return nullptr;
+        }
+        sheet = std::make_unique<PropertySheetHost>(SheetKind::Printer, object, GetModuleHandleW(nullptr),
+                                                    hostPrinter, &log);
+        sheet->Prepare();
+        tree = sheet->AddOptionTreePage();
+        return tree != nullptr && sheet->ShowModeless() != nullptr ? sheet->CurrentPage() : nullptr;
+    }
+    testenv::StoredValue Monitoring() const {
+        return testenv::ReadPrinterData(printer.handle(), L"Config", L"EnableStatusMonitoring");
+    }
+    // Dispatches the sheet's messages until `done` holds, for at most `milliseconds`.
+    bool PumpUntil(const std::function<bool()>& done, DWORD milliseconds) {
+        for (DWORD waited = 0; !done(); waited += 50) {
+            if (waited >= milliseconds) return false;
+            sheet->PumpMessages(50);
+        }
+        return true;
+    }
+
+    testenv::PlacedCompanion extension{testenv::BuildFilePath(L"tests\\standins\\language_monitor_extension\\ozdkrnlmex.dll"),
+                                       testenv::ExtensionLibraryPath()};
+    testenv::TestSpooler spooler;
+    testenv::SpoolerSwap swap{&spooler};
+    testenv::TestPrinter printer{L"Ozdk Service"};
+    HostLog log;
+    HostPrinter hostPrinter{&log};
+    PluginObject object{&log};
+    std::unique_ptr<PropertySheetHost> sheet;
+    OptionTreePage* tree = nullptr;
+};
+
+bool Click(HWND page, int id, bool hidden) {
+    if (!hidden) return ozdkhost::Click(page, id);
+    // What the hidden button would send, were it shown.
+    SendMessageW(page, WM_COMMAND, MAKEWPARAM(id, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(page, id)));
+    return true;
+}
+
+int TimerRuns(const TraceLog& log) {
+    const std::string text = log.Text();
+    int runs = 0;
+    for (size_t at = text.find("idEvent=13369"); at != std::string::npos; at = text.find("idEvent=13369", at + 1)) ++runs;
+    return runs;
+}
+
+}  // namespace
+
+// A device that answers: the controls are usable and the status shows its identity;
+// monitoring is stored at once and adds the printer's error, which the timer keeps
+// current while the page is in front; the hidden service buttons reach the extension;
+// leaving the page stops the timer, and the item tree shows the device without reading
+// it again.
+TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTheExtension) {
+    auto embosser = devicetest::StartSimulator(devicetest::Simulating("127.77.12.1", embosser_sim::Behaviour::Answer));
+    ServiceSheet p("127.77.12.1");
+    ASSERT_TRUE(p.extension.placed());
+    SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"3 Out of paper");
+    const HWND page = p.Open();
+    ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
+    EXPECT_EQ(p.sheet->TabTitles(), (std::vector<std::wstring>{L"Device Settings", L"Service"}));
+    for (int id : {IDC_OPEN_PRINTER_EXTENSION, IDC_ENABLE_STATUS_MONITORING, IDC_SERIAL_SETTINGS, IDC_EMBOSS_USAGE}) {
+        EXPECT_TRUE(Enabled(page, id)) << id;
+    }
+    EXPECT_FALSE(Checked(page, IDC_ENABLE_STATUS_MONITORING)) << "nothing stored: off";
+    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"\r\n\r\n" + kIdentity);
+
+    ASSERT_TRUE(Click(page, IDC_ENABLE_STATUS_MONITORING, false));
+    EXPECT_EQ(p.Monitoring().AsDword(), 1u);
+    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"Out of paper (Code 3)\r\n\r\n" + kIdentity);
+    SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"12 Cover open");
+    EXPECT_TRUE(p.PumpUntil([&] { return Text(page, IDC_PRINTER_STATUS).find(L"Cover open (Code 12)") == 0; }, 5000))
+        << "the timer rebuilds the status";
+    ASSERT_TRUE(Click(page, IDC_ENABLE_STATUS_MONITORING, false));
+    EXPECT_EQ(p.Monitoring().AsDword(), 0u);
+    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"\r\n\r\n" + kIdentity);
+
+    ASSERT_TRUE(Click(page, IDC_PRINT_TEST_PAGE, true) && Click(page, IDC_SERIAL_SETTINGS, true));
+    wchar_t calls[512] = {};
+    GetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls, 512);
+    const std::wstring owner = std::to_wstring(reinterpret_cast<uintptr_t>(page)) + L" " + p.printer.name();
+    EXPECT_EQ(std::wstring(calls), owner + L" 8 0\n" + owner + L" 15 0\n");
+
+    ASSERT_TRUE(p.sheet->ShowHostPage(p.tree));
+    EXPECT_FALSE(KillTimer(page, kServiceStatusTimer)) << "stopped when the page was left";
+    EXPECT_EQ(p.tree->ControlText(230), L"40");
+    EXPECT_EQ(embosser->RequestCount(), 1);
+}
+
+// A device that cannot be reached: nothing is usable, the stored monitoring shows but
+// asks nothing, the status has only the driver's version, and the timer's first tick
+// after activation is its last.
+TEST(ServicePage, UnreachableEmbosserLeavesOnlyTheDriverVersionAndStopsTheTimer) {
+    ServiceSheet p("127.77.12.9");  // nothing listens there
+    configtest::StoreConfigDword(p.printer.handle(), L"EnableStatusMonitoring", 1);
+    SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"3 Out of paper");
+    TraceLog log;
+    const HWND page = p.Open();
+    ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
+    for (int id : {IDC_OPEN_PRINTER_EXTENSION, IDC_ENABLE_STATUS_MONITORING, IDC_SERIAL_SETTINGS, IDC_EMBOSS_USAGE}) {
+        EXPECT_FALSE(Enabled(page, id)) << id;
+    }
+    EXPECT_TRUE(Checked(page, IDC_ENABLE_STATUS_MONITORING));
+    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"\r\n\r\n" + kDriverLine);
+
+    const int runs = TimerRuns(log);
+    EXPECT_TRUE(p.PumpUntil([&] { return TimerRuns(log) > runs; }, 5000)) << "the tick after activation";
+    EXPECT_FALSE(KillTimer(page, kServiceStatusTimer)) << "not started again";
+    EXPECT_FALSE(log.Contains("ExtDllLoadFunction(): function DllExportGetPrinterError found"));
+}
+
+// "Open Printer Extension ..." finds the toolbox under the maker's installation folder,
+// or without one under the program-files folder, and starts it detached in its own
+// folder with the printer's name; a missing toolbox is named in a message, and nothing
+// starts.
+TEST(ServicePage, OpenPrinterExtensionStartsTheInkToolboxInItsFolderOrNamesTheMissingProgram) {
+    auto embosser = devicetest::StartSimulator(devicetest::Simulating("127.77.12.2", embosser_sim::Behaviour::Answer));
+    ServiceSheet p("127.77.12.2");
+    const HWND page = p.Open();
+    ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
+    configtest::RegistryValue ksDir(HKEY_LOCAL_MACHINE, configtest::kMakerKey, L"KSDir");
+    const std::wstring record = testenv::WorkDirectory() + L"\\toolbox-started.txt";
+    SetEnvironmentVariableW(L"OZDK_TOOLBOX_RECORD", record.c_str());
+    wchar_t programFiles[MAX_PATH] = {};
+    ASSERT_EQ(SHGetFolderPathW(nullptr, CSIDL_PROGRAM_FILES, nullptr, SHGFP_TYPE_CURRENT, programFiles), S_OK);
+    const std::wstring installed = testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"Maker");
+    const std::wstring empty = testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"No Maker");
+    CreateDirectoryW(empty.c_str(), nullptr);
+
+    struct Case {
+        const char* what;
+        std::wstring ksDir;  // empty: no value
+        std::wstring quorl;  // the folder the program is looked for under
+        bool present;
+    } const cases[] = {
+        {"installation folder", installed, installed + L"\\Quorl", true},
+        {"program files", L"", std::wstring(programFiles) + L"\\Kestrova\\Quorl", true},
+        {"missing", empty, empty + L"\\Quorl", false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        c.ksDir.empty() ? ksDir.Remove() : ksDir.SetString(c.ksDir);
+        DeleteFileW(record.c_str());
+        const std::wstring folder = c.quorl + L"\\Kestrova Tavrolin Color Pigmora";
+        const std::wstring program = folder + L"\\TavrolinColorInkToolbox.exe";
+        if (c.present) SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
+        testenv::PlacedCompanion toolbox(
+            c.present ? testenv::BuildFilePath(L"tests\\standins\\ink_toolbox\\TavrolinColorInkToolbox.exe") : L"",
+            program);
+        ASSERT_EQ(toolbox.placed(), c.present);
+
+        std::wstring said;
+        DialogScript message(L"KS", [&](HWND box) {
+            said = MessageBoxText(box);
+            Answer(box, IDOK);
+        }, c.present ? 500 : 10000);
+        ASSERT_TRUE(Click(page, IDC_OPEN_PRINTER_EXTENSION, false));
+        EXPECT_EQ(message.Finish(), !c.present);
+        EXPECT_EQ(said, c.present ? L"" : program + L" does not exist!");
+
+        const auto started = [&] { return GetFileAttributesW(record.c_str()) != INVALID_FILE_ATTRIBUTES; };
+        EXPECT_EQ(p.PumpUntil(started, c.present ? 15000 : 1000), c.present);
+        if (!c.present) continue;
+        Sleep(200);  // the record is written whole before the program ends
+        std::ifstream file(record.c_str(), std::ios::binary);
+        const std::string seen((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        EXPECT_EQ(seen, testenv::Narrow(L"\"" + program + L"\" --printer \"" + p.printer.name() + L"\"\n" + folder + L"\n"));
+    }
+}
