@@ -310,6 +310,17 @@ int CreateConfig(const OEMCUIPPARAM* pParam, UIConfig** ppConfig) {
     return 1;
 }
 
+UIConfig* AttachSheetConfig(PROPSHEETUI_INFO* info, UIConfig** ppConfig, const wchar_t* routine) {
+    auto* param = reinterpret_cast<const OEMCUIPPARAM*>(info->lParamInit);
+    UIConfig* config = param != nullptr && CreateConfig(param, ppConfig) != 0 ? *ppConfig : nullptr;
+    info->UserData = reinterpret_cast<ULONG_PTR>(config);
+    Trace(L"%s(): pPSUIInfo->UserData=pConfig=0x%p\n", routine, static_cast<void*>(config));
+    if (config == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+    }
+    return config;
+}
+
 void DestroyConfig(UIConfig* pConfig) {
     if (pConfig == nullptr) {
         return;

@@ -61,14 +61,8 @@ HRESULT hrOEMDocumentPropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM lParam, 
         Trace(L"hrOEMDocumentPropertySheets(): pOEMUIParam->pOEMUserData=0x%p\n",
               param != nullptr ? param->pOEMUserData : nullptr);
         Trace(L"hrOEMDocumentPropertySheets(): lParam=0x%p\n", reinterpret_cast<void*>(lParam));
-        UIConfig* config = nullptr;
-        if (param != nullptr && CreateConfig(reinterpret_cast<const OEMCUIPPARAM*>(param), ppConfig) != 0) {
-            config = *ppConfig;
-        }
-        pPSUIInfo->UserData = reinterpret_cast<ULONG_PTR>(config);
-        Trace(L"hrOEMDocumentPropertySheets(): pPSUIInfo->UserData=pConfig=0x%p\n", static_cast<void*>(config));
+        UIConfig* config = AttachSheetConfig(pPSUIInfo, ppConfig, L"hrOEMDocumentPropertySheets");
         if (config == nullptr) {
-            SetLastError(ERROR_INVALID_PARAMETER);
             return E_FAIL;
         }
         pPSUIInfo->Result = static_cast<ULONG_PTR>(AddDocumentPages(pPSUIInfo, config, param->hOEMHeap));

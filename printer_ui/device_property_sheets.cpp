@@ -49,15 +49,8 @@ HRESULT hrOEMDevicePropertySheets(PPROPSHEETUI_INFO pPSUIInfo, LPARAM lParam, UI
     switch (pPSUIInfo->Reason) {
     case PROPSHEETUI_REASON_INIT: {
         auto* param = reinterpret_cast<OEMUIPSPARAM*>(pPSUIInfo->lParamInit);
-        UIConfig* config = nullptr;
-        if (param != nullptr &&
-            CreateConfig(reinterpret_cast<const OEMCUIPPARAM*>(param), ppUserData) != 0) {
-            config = *ppUserData;
-        }
-        pPSUIInfo->UserData = reinterpret_cast<ULONG_PTR>(config);
-        Trace(L"hrOEMDevicePropertySheets(): pPSUIInfo->UserData=pConfig=0x%p\n", static_cast<void*>(config));
+        UIConfig* config = AttachSheetConfig(pPSUIInfo, ppUserData, L"hrOEMDevicePropertySheets");
         if (config == nullptr) {
-            SetLastError(ERROR_INVALID_PARAMETER);
             return E_FAIL;
         }
         pPSUIInfo->Result = static_cast<ULONG_PTR>(AddServicePage(pPSUIInfo, config, param->hOEMHeap));
