@@ -116,6 +116,45 @@ bool AddressByResolving(const char* hostName, uint32_t* address) {
     return found;
 }
 
+// Connects `link` to `peer`, waiting at most `seconds` for the embosser to take the
+// connection. An address that does not answer at all (a device switched off behind a
+// router drops the packets) would otherwise hold the dialog for the system's own
+// connection timeout. The socket is blocking again afterwards; on failure the socket
+// error (WSAETIMEDOUT when the time ran out) is the last error.
+bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds) {
+    u_long nonBlocking = 1;
+    if (ioctlsocket(link, FIONBIO, &nonBlocking) == SOCKET_ERROR) {
+        return false;
+    }
+    bool connected = connect(link, reinterpret_cast<const sockaddr*>(&peer), sizeof(peer)) == 0;
+    int error = connected ? 0 : WSAGetLastError();
+    if (error == WSAEWOULDBLOCK) {
+        fd_set writable;
+        fd_set failed;
+        FD_ZERO(&writable);
+        FD_ZERO(&failed);
+        FD_SET(link, &writable);
+        FD_SET(link, &failed);
+        timeval wait = {seconds, 0};
+        const int ready = select(0, nullptr, &writable, &failed, &wait);
+        if (ready == 0) {
+            error = WSAETIMEDOUT;
+        } else if (ready == SOCKET_ERROR) {
+            error = WSAGetLastError();
+        } else {
+            int size = sizeof(error);
+            if (getsockopt(link, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size) == SOCKET_ERROR) {
+                error = WSAGetLastError();
+            }
+            connected = error == 0 && FD_ISSET(link, &writable);
+        }
+    }
+    nonBlocking = 0;
+    ioctlsocket(link, FIONBIO, &nonBlocking);
+    WSASetLastError(error);
+    return connected;
+}
+
 }  // namespace
 
 DWORD GetLegacyData(HANDLE printer, DWORD* count) {
@@ -265,7 +304,7 @@ const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, i
             peer.sin_family = AF_INET;
             peer.sin_port = htons(static_cast<u_short>(tcpPort));
             peer.sin_addr.s_addr = address;
-            if (connect(link, reinterpret_cast<const sockaddr*>(&peer), sizeof(peer)) == SOCKET_ERROR) {
+            if (!ConnectWithin(link, peer, kLegacyConnectWaitSeconds)) {
                 // The exchange goes on regardless: on the closed socket the send, the
                 // wait and the first receive fail, and nothing is returned.
                 Trace(L"GetLegacyDataNetwork(): %d=connect()\n", WSAGetLastError());

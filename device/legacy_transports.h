@@ -8,8 +8,9 @@
 // the embosser and returns its reply, which carries the "@PJL INFO LEGACY" block.
 //
 // Both block the calling thread: the spooler-side path for up to kLegacyPollCount polls
-// of kLegacyPollIntervalMs, the network path for up to kLegacyReceiveBudget one-second
-// waits of silence in a row. No thread is started.
+// of kLegacyPollIntervalMs, the network path for up to kLegacyConnectWaitSeconds to
+// connect and then kLegacyReceiveBudget one-second waits of silence in a row. No
+// thread is started.
 #pragma once
 
 #include <windows.h>
@@ -26,6 +27,8 @@ inline constexpr DWORD kLegacyPollCount = 9;
 inline constexpr DWORD kLegacyPollIntervalMs = 1000;
 inline constexpr int kLegacyReceiveBudget = 10;  // one-second select() waits without data
 inline constexpr long kLegacyReceiveWaitSeconds = 1;
+// The connection attempt gets the same time as a silent embosser.
+inline constexpr long kLegacyConnectWaitSeconds = kLegacyReceiveBudget * kLegacyReceiveWaitSeconds;
 
 // The language-monitor extension library, relative to the printer-driver directory.
 inline constexpr wchar_t kExtensionLibraryPath[] = L"\\3\\ozdkrnlmex.dll";

@@ -44,14 +44,24 @@ TEST(GetLegacyDataNetwork, ReadsUntilTheEmbosserClosesAtMost4095BytesWithoutTenW
     auto trickle = Simulating("127.77.1.5", Behaviour::Trickle);
     trickle.trickleChunk = (sample.size() + 11) / 12;
     trickle.trickleDelayMs = 1300;
-    // `waits`: one-second waits without data.
-    const struct { const char* what; embosser_sim::Options embosser; std::string reply; int waits; } cases[] = {
+    // `waits`: one-second waits without data; `connect`: the failed connection's trace.
+    const struct {
+        const char* what;
+        embosser_sim::Options embosser;
+        std::string reply;
+        int waits;
+        const char* connect;
+    } cases[] = {
         {"a flood is cut at 4095 bytes", Simulating("127.77.1.3", Behaviour::Flood),
-         embosser_sim::PaddedReply(sample, 4095), 0},
-        {"a refused connection ends at once with nothing", Simulating("127.77.1.4", Behaviour::Refuse), "", 0},
+         embosser_sim::PaddedReply(sample, 4095), 0, nullptr},
+        {"a refused connection ends at once with nothing", Simulating("127.77.1.4", Behaviour::Refuse), "", 0,
+         "10061=connect()"},
+        // Without a bound the system would wait for minutes.
+        {"an unanswered connection gives up after the silence budget", Simulating("127.77.1.6", Behaviour::Unreachable),
+         "", 0, "10060=connect()"},
         // Gaps of 1.3 s cost one wait each: more gaps than ten still read the whole reply,
         // since every arrival restores the budget.
-        {"trickled bytes keep the wait going", trickle, sample, 11},
+        {"trickled bytes keep the wait going", trickle, sample, 11, nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -61,12 +71,18 @@ TEST(GetLegacyDataNetwork, ReadsUntilTheEmbosserClosesAtMost4095BytesWithoutTenW
         testenv::TraceLog log;
 
         int length = kLegacyInfoTcpPort;
+        const DWORD start = GetTickCount();
         const char* received = GetLegacyDataNetwork(printer.portName().c_str(), kLegacyInfoRequest, &length);
+        const DWORD elapsed = GetTickCount() - start;
 
         EXPECT_EQ(received != nullptr ? std::string(received) : std::string(), c.reply);
         EXPECT_EQ(length, static_cast<int>(c.reply.size()));
         const int waits = log.Count("GetLegacyDataNetwork(): socket timeout 0=select()");
         EXPECT_TRUE(c.waits == 0 ? waits == 0 : waits >= c.waits) << waits;
+        if (c.connect != nullptr) {
+            EXPECT_EQ(log.Count(std::string("GetLegacyDataNetwork(): ") + c.connect), 1) << log.Text();
+            EXPECT_LT(elapsed, 12000u) << "the connection attempt is bounded";
+        }
     }
 }
 

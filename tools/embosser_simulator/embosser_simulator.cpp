@@ -12,6 +12,8 @@ constexpr char kRequestLine[] = "GET /PJLINFOLEGACY HTTP/1.1";
 constexpr size_t kRequestLimit = 8192;
 constexpr int kRequestWaitMs = 3000;
 constexpr int kPollMs = 20;
+constexpr int kMaxBacklogFillers = 8;
+constexpr int kFillerWaitMs = 300;  // a loopback connection the queue has room for is taken by then
 
 bool ParseIpv4(const std::string& dotted, uint32_t* hostOrder) {
     in_addr address;
@@ -80,6 +82,7 @@ bool ParseBehaviour(const std::string& name, Behaviour* behaviour) {
     static const std::pair<const char*, Behaviour> kNames[] = {
         {"answer", Behaviour::Answer}, {"silent", Behaviour::Silent},  {"trickle", Behaviour::Trickle},
         {"flood", Behaviour::Flood},   {"hold", Behaviour::HoldOpen}, {"refuse", Behaviour::Refuse},
+        {"unreachable", Behaviour::Unreachable},
     };
     for (const auto& each : kNames) {
         if (name == each.first) {
@@ -98,6 +101,7 @@ const char* BehaviourName(Behaviour behaviour) {
         case Behaviour::Flood: return "flood";
         case Behaviour::HoldOpen: return "hold";
         case Behaviour::Refuse: return "refuse";
+        case Behaviour::Unreachable: return "unreachable";
     }
     return "?";
 }
@@ -141,12 +145,16 @@ bool Simulator::Start(std::string* error) {
                     std::to_string(simsock::LastError()));
     }
     // A refusing device keeps its address but never listens: connects are turned away.
-    if (options_.behaviour != Behaviour::Refuse && listen(listener_, 8) != 0) {
+    // An unreachable one listens with the smallest queue, which FillBacklog keeps full.
+    const bool unreachable = options_.behaviour == Behaviour::Unreachable;
+    if (options_.behaviour != Behaviour::Refuse && listen(listener_, unreachable ? 0 : 8) != 0) {
         return fail("listen() failed, error " + std::to_string(simsock::LastError()));
     }
     stopping_ = false;
     started_ = true;
-    if (options_.behaviour != Behaviour::Refuse) {
+    if (unreachable) {
+        FillBacklog(address);
+    } else if (options_.behaviour != Behaviour::Refuse) {
         thread_ = std::thread([this] { Serve(); });
     }
     return true;
@@ -155,6 +163,8 @@ bool Simulator::Start(std::string* error) {
 void Simulator::Stop() {
     stopping_ = true;
     if (thread_.joinable()) thread_.join();
+    for (simsock::Socket filler : fillers_) simsock::Close(filler);
+    fillers_.clear();
     if (listener_ != simsock::kInvalid) {
         simsock::Close(listener_);
         listener_ = simsock::kInvalid;
@@ -163,6 +173,24 @@ void Simulator::Stop() {
     if (socketsStarted_) {
         simsock::Cleanup();
         socketsStarted_ = false;
+    }
+}
+
+// Connects to the listener, which never accepts, until a connection is left waiting: the
+// queue is full then, and the system drops further connection requests unanswered, the
+// way packets to a powered-off embosser behind a router are lost.
+void Simulator::FillBacklog(uint32_t address) {
+    sockaddr_in peer = {};
+    peer.sin_family = AF_INET;
+    peer.sin_port = htons(options_.port);
+    peer.sin_addr.s_addr = htonl(address);
+    for (int i = 0; i < kMaxBacklogFillers; ++i) {
+        simsock::Socket filler = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+        if (filler == simsock::kInvalid) return;
+        fillers_.push_back(filler);
+        simsock::SetNonBlocking(filler);
+        connect(filler, reinterpret_cast<const sockaddr*>(&peer), sizeof(peer));
+        if (simsock::WaitWritable(filler, kFillerWaitMs) != 1) return;
     }
 }
 
@@ -249,6 +277,7 @@ void Simulator::Answer(simsock::Socket connection) {
         case Behaviour::Answer:
         case Behaviour::Flood:
         case Behaviour::Refuse:
+        case Behaviour::Unreachable:
             if (!SendAll(connection, reply_.data(), reply_.size())) return;
             break;
     }

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "socket_shim.h"
 
@@ -26,6 +27,7 @@ enum class Behaviour {
     Flood,     // the reply padded to `floodBytes` bytes, then close
     HoldOpen,  // the reply, then keep the connection until the peer closes
     Refuse,    // the address is taken but nothing listens: connections are refused
+    Unreachable,  // connections are neither taken nor refused: they go unanswered
 };
 
 struct Options {
@@ -51,7 +53,7 @@ std::string PaddedReply(const std::string& reply, size_t bytes);
 bool IsLoopbackAddress(const std::string& dotted);
 
 // Behaviour names as the command line spells them: answer, silent, trickle, flood, hold,
-// refuse.
+// refuse, unreachable.
 bool ParseBehaviour(const std::string& name, Behaviour* behaviour);
 const char* BehaviourName(Behaviour behaviour);
 
@@ -83,12 +85,15 @@ private:
     void WaitForPeerToClose(simsock::Socket connection);
     bool SendAll(simsock::Socket connection, const char* data, size_t length);
     bool Sleep(unsigned milliseconds);  // false when stopped meanwhile
+    void FillBacklog(uint32_t address);
+
 
     Options options_;
     std::string reply_;
     simsock::Socket listener_ = simsock::kInvalid;
     bool started_ = false;
     bool socketsStarted_ = false;
+    std::vector<simsock::Socket> fillers_;  // the connections that keep an unreachable listener full
     std::thread thread_;
     std::atomic<bool> stopping_{false};
     std::atomic<int> connections_{0};

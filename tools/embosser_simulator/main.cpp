@@ -2,7 +2,7 @@
 // loopback address until interrupted.
 //
 //   embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]
-//                      [--mode answer|silent|trickle|flood|hold|refuse]
+//                      [--mode answer|silent|trickle|flood|hold|refuse|unreachable]
 //                      [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]
 //
 // --reply: the file's bytes are sent as they stand when they begin with "HTTP/";
@@ -29,7 +29,7 @@ void OnSignal(int) { gInterrupted = true; }
 int Usage() {
     std::fprintf(stderr,
                  "usage: embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]\n"
-                 "                          [--mode answer|silent|trickle|flood|hold|refuse]\n"
+                 "                          [--mode answer|silent|trickle|flood|hold|refuse|unreachable]\n"
                  "                          [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]\n");
     return 2;
 }

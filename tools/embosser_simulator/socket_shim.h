@@ -8,6 +8,7 @@
 #else
 #include <arpa/inet.h>
 #include <cerrno>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -29,6 +30,10 @@ inline bool Startup() {
 inline void Cleanup() { WSACleanup(); }
 inline void Close(Socket s) { closesocket(s); }
 inline int LastError() { return WSAGetLastError(); }
+inline void SetNonBlocking(Socket s) {
+    u_long on = 1;
+    ioctlsocket(s, FIONBIO, &on);
+}
 #else
 using Socket = int;
 inline constexpr Socket kInvalid = -1;
@@ -39,19 +44,24 @@ inline bool Startup() { return true; }
 inline void Cleanup() {}
 inline void Close(Socket s) { ::close(s); }
 inline int LastError() { return errno; }
+inline void SetNonBlocking(Socket s) { fcntl(s, F_SETFL, fcntl(s, F_GETFL, 0) | O_NONBLOCK); }
 #endif
 
-// Waits up to `milliseconds` for `s` to become readable: 1 readable, 0 not, -1 error.
-inline int WaitReadable(Socket s, int milliseconds) {
-    fd_set readable;
-    FD_ZERO(&readable);
-    FD_SET(s, &readable);
+// Waits up to `milliseconds` for `s` to become readable (or, with `writable`, for a
+// connection under way on it to be made): 1 ready, 0 not yet, -1 error.
+inline int Wait(Socket s, int milliseconds, bool writable) {
+    fd_set ready;
+    FD_ZERO(&ready);
+    FD_SET(s, &ready);
     timeval wait;
     wait.tv_sec = milliseconds / 1000;
     wait.tv_usec = (milliseconds % 1000) * 1000;
-    const int ready = select(static_cast<int>(s) + 1, &readable, nullptr, nullptr, &wait);
-    return ready < 0 ? -1 : ready;
+    const int count = select(static_cast<int>(s) + 1, writable ? nullptr : &ready, writable ? &ready : nullptr,
+                             nullptr, &wait);
+    return count < 0 ? -1 : count;
 }
+inline int WaitReadable(Socket s, int milliseconds) { return Wait(s, milliseconds, false); }
+inline int WaitWritable(Socket s, int milliseconds) { return Wait(s, milliseconds, true); }
 
 inline int Send(Socket s, const char* data, size_t length) {
     return static_cast<int>(::send(s, data, static_cast<int>(length), kSendFlags));
