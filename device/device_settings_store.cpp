@@ -192,7 +192,7 @@ bool GetQuorlSettings(UIConfig& config) {
 }
 
 void ReadQuorlSettingsOnce(UIConfig& config, const wchar_t* caller) {
-    if (config.LegacyParmCount != 0) {
+    if (!IsDeviceReadPending(config)) {
         return;
     }
     const bool read = GetQuorlSettings(config);

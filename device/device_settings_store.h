@@ -12,6 +12,9 @@
 // Uses config.PrinterHandle; blocks the calling thread while the device answers.
 bool GetQuorlSettings(UIConfig& config);
 
+// True until a page has tried to read the device (LegacyParmCount 0).
+inline bool IsDeviceReadPending(const UIConfig& config) { return config.LegacyParmCount == 0; }
+
 // The first read of the device by a page (`caller` names the page's routine in the
 // trace): when `config` has not been read yet (LegacyParmCount 0), reads it; success asks
 // the pages to refresh from the device's values (LegacyRefresh), failure marks the device

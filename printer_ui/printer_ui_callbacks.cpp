@@ -14,6 +14,7 @@
 #include "base/trace_log.h"
 #include "printer_ui/extension_services.h"
 #include "printer_ui/legacy_items.h"
+#include "printer_ui/reading_notice.h"
 #include "resources/resource_ids.h"
 
 namespace {
@@ -80,7 +81,7 @@ void SelectDeviceFormSize(const UIConfig& config, OPTITEM& item) {
 }
 
 LONG OnSetActive(PCPSUICBPARAM param, UIConfig& config) {
-    ReadQuorlSettingsOnce(config, L"OEMPrinterUICallBack");  // a failed read is not tried again
+    ReadDeviceSettingsWithNotice(param->hDlg, config, L"OEMPrinterUICallBack");  // a failed read is not tried again
     if (config.LegacyRefresh == 0) {
         return CPSUICB_ACTION_NONE;
     }

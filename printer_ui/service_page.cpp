@@ -15,6 +15,7 @@
 #include "device/legacy_transports.h"
 #include "printer_ui/extension_services.h"
 #include "printer_ui/ink_toolbox.h"
+#include "printer_ui/reading_notice.h"
 #include "resources/device_dialog_ids.h"
 #include "resources/resource_ids.h"
 
@@ -91,7 +92,7 @@ void InitServicePage(HWND hDlg, const PROPSHEETPAGEW* page) {
     if (config == nullptr) {
         return;
     }
-    ReadQuorlSettingsOnce(*config, L"ServicePage");
+    ReadDeviceSettingsWithNotice(hDlg, *config, L"ServicePage");
     const BOOL known = IsDeviceKnown(config) ? TRUE : FALSE;
     for (int id : {IDC_EMBOSS_USAGE, IDC_OPEN_PRINTER_EXTENSION, IDC_SERIAL_SETTINGS, IDC_ENABLE_STATUS_MONITORING}) {
         EnableWindow(GetDlgItem(hDlg, id), known);

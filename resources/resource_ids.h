@@ -117,3 +117,4 @@
 #define IDS_PATTERN_FILES                248
 #define IDS_CENTIMETERS                  250
 #define IDS_RESET_LEGACY_SETTINGS        300
+#define IDS_READING_EMBOSSER             301

@@ -6,9 +6,11 @@
 
 #include <shlobj.h>
 
+#include <atomic>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <thread>
 
 #include "config/config_fixtures.h"
 #include "frame/oem_ui_plugin.h"
@@ -40,8 +42,9 @@ struct ServiceSheet {
         SetEnvironmentVariableW(OZDK_EXTENSION_CALLS, nullptr);
         SetEnvironmentVariableW(OZDK_PRINTER_ERROR, nullptr);
     }
-    // The sheet, open on the plug-in's page; the page's window, null when it did not open.
-    HWND Open() {
+    // The sheet, open on the plug-in's page (or on the item tree); the page's window, null
+    // when it did not open.
+    HWND Open(bool onTree = false) {
         if (!hostPrinter.Open(printer.name()) || object.Adopt(new OemUIPlugin()) != S_OK ||
             !hostPrinter.PrepareOemPrivatePart(object.get(), GetModuleHandleW(nullptr))) {
             return nullptr;
@@ -50,6 +53,7 @@ struct ServiceSheet {
                                                     hostPrinter, &log);
         sheet->Prepare();
         tree = sheet->AddOptionTreePage();
+        if (onTree) sheet->StartWithHostPage(tree);
         return tree != nullptr && sheet->ShowModeless() != nullptr ? sheet->CurrentPage() : nullptr;
     }
     testenv::StoredValue Monitoring() const {
@@ -90,7 +94,52 @@ int TimerRuns(const TraceLog& log) {
     return runs;
 }
 
+// What another thread sees of the page's thread while the embosser holds the read: from
+// the request on, the embosser waits before the second half of its reply.
+struct ReadWatch {
+    ReadWatch(DWORD pageThread, const embosser_sim::Simulator& embosser)
+        : thread([this, pageThread, &embosser] {
+              for (int i = 0; i < 300 && embosser.RequestCount() == 0; ++i) Sleep(50);
+              Sleep(300);
+              const HWND notice = FindWindowW(L"Static", kNotice);
+              shown = notice != nullptr && IsWindowVisible(notice);
+              painted = notice != nullptr && !GetUpdateRect(notice, nullptr, FALSE);
+              AttachThreadInput(GetCurrentThreadId(), pageThread, TRUE);
+              waitCursor = GetCursor() == LoadCursorW(nullptr, IDC_WAIT);
+              AttachThreadInput(GetCurrentThreadId(), pageThread, FALSE);
+          }) {}
+    ~ReadWatch() { Join(); }
+    void Join() { if (thread.joinable()) thread.join(); }
+
+    static constexpr const wchar_t* kNotice = L"Reading embosser settings ...";
+    std::atomic<bool> shown{false}, painted{false}, waitCursor{false};
+    std::thread thread;
+};
+
 }  // namespace
+
+// Whichever page reads the embosser, a slow one shows the wait cursor and the painted
+// notice while it is read, and neither is left once the page is up.
+TEST(ReadingNotice, ShowsWhileTheServicePageOrTheDeviceSettingsReadTheEmbosser) {
+    auto slow = devicetest::Simulating("127.77.12.4", embosser_sim::Behaviour::Trickle);
+    slow.trickleChunk = embosser_sim::SampleReply().size() / 2 + 1;
+    slow.trickleDelayMs = 1500;
+    for (const bool onTree : {false, true}) {
+        SCOPED_TRACE(onTree ? "Device Settings" : "Service");
+        auto embosser = devicetest::StartSimulator(slow);
+        ServiceSheet p("127.77.12.4");
+        TraceLog log;
+        ReadWatch watch(GetCurrentThreadId(), *embosser);
+        ASSERT_NE(p.Open(onTree), nullptr) << testenv::Narrow(p.log.Text());
+        watch.Join();
+        EXPECT_TRUE(watch.shown && watch.painted && watch.waitCursor)
+            << watch.shown << watch.painted << watch.waitCursor;
+        EXPECT_EQ(FindWindowW(L"Static", ReadWatch::kNotice), nullptr);
+        EXPECT_NE(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
+        EXPECT_TRUE(log.Contains(onTree ? "OEMPrinterUICallBack(): 1=GetQuorlSettings()"
+                                        : "ServicePage(): 1=GetQuorlSettings()"));
+    }
+}
 
 // A device that answers: the controls are usable and the status shows its identity;
 // monitoring is stored at once and adds the printer's error, which the timer keeps
