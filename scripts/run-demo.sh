@@ -10,13 +10,33 @@
 # Without one they open on a private Xvfb screen, are photographed and closed: the
 # printing preferences once per page of the plug-in, each brought to the front in turn
 # ($BUILD_DIR/demo/screenshot-layout.png, screenshot-paper-media.png,
-# screenshot-quorl.png: the tab's title in lower case; screenshot.png while the plug-in
-# adds no page), the properties on their Device Settings page (screenshot-printer.png) and
-# on the plug-in's Service page, which shows the embosser's identity
-# (screenshot-printer-service.png).
+# screenshot-quorl.png: the tab's title in lower case), with every dialog those pages open
+# (screenshot-layout-advanced.png, screenshot-paper-media-advanced.png and its
+# -custom-media-type and -add-form dialogs, screenshot-quorl-advanced.png,
+# screenshot-quorl-2-in-1.png), the properties on their Device Settings page
+# (screenshot-printer.png) and on the plug-in's Service page, which shows the
+# embosser's identity (screenshot-printer-service.png). The paths are printed at the end.
+#
+# What the embosser does, to see what a person sees with a broken one:
+#   --reply FILE    answers with the file's bytes (as they stand when they begin with
+#                   "HTTP/", else as the body after an "HTTP/1.1 200 OK" head)
+#   --silent        takes the request and never answers
+#   --unreachable   its address takes no connection at all
 #
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
+SIMULATOR_ARGS=()
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --reply)
+            [ $# -ge 2 ] && [ -r "$2" ] || { echo "--reply needs a readable file" >&2; exit 2; }
+            SIMULATOR_ARGS+=(--reply "$(cd "$(dirname "$2")" && pwd)/$(basename "$2")")
+            shift 2 ;;
+        --silent) SIMULATOR_ARGS+=(--mode silent); shift ;;
+        --unreachable) SIMULATOR_ARGS+=(--mode unreachable); shift ;;
+        *) echo "usage: $0 [--reply FILE | --silent | --unreachable]" >&2; exit 2 ;;
+    esac
+done
 source "$(dirname "$0")/lib/common.sh"
 ensure_packages "${BUILD_PACKAGES[@]}" "${WINE_PACKAGES[@]}" "${SCREENSHOT_PACKAGES[@]}" g++ || exit 1
 
@@ -42,7 +62,7 @@ SIMULATOR=$(bash "$OZDK_ROOT/scripts/build-simulator.sh" | tail -n 1) || {
     exit 1
 }
 SIMULATOR_LOG="$DEMO_DIR/simulator.log"
-"$SIMULATOR" --address "$EMBOSSER_ADDRESS" --port 80 >"$SIMULATOR_LOG" 2>&1 &
+"$SIMULATOR" --address "$EMBOSSER_ADDRESS" --port 80 "${SIMULATOR_ARGS[@]}" >"$SIMULATOR_LOG" 2>&1 &
 SIMULATOR_PID=$!
 stop_demo() {
     if kill -0 "$SIMULATOR_PID" 2>/dev/null; then
@@ -54,11 +74,11 @@ stop_demo() {
 }
 trap stop_demo EXIT
 for _ in $(seq 50); do
-    grep -q "^embosser_simulator: answer on" "$SIMULATOR_LOG" 2>/dev/null && break
+    grep -q "^embosser_simulator: [a-z]* on" "$SIMULATOR_LOG" 2>/dev/null && break
     kill -0 "$SIMULATOR_PID" 2>/dev/null || break
     sleep 0.1
 done
-if ! grep -q "^embosser_simulator: answer on" "$SIMULATOR_LOG"; then
+if ! grep -q "^embosser_simulator: [a-z]* on" "$SIMULATOR_LOG"; then
     echo "the embosser simulator did not start on $EMBOSSER_ADDRESS:80:"
     cat "$SIMULATOR_LOG"
     exit 1

@@ -1,5 +1,6 @@
 #include "tools/host/host_library.h"
 
+#include "tools/host/dialog_photographs.h"
 #include "tools/host/dialog_template.h"
 #include "tools/host/option_tree_page.h"
 
@@ -77,6 +78,7 @@ void HostLog::Add(const wchar_t* format, ...) {
     va_start(args, format);
     std::wstring line = FormatV(format, args);
     va_end(args);
+    std::lock_guard<std::mutex> hold(lock_);
     if (echo_) {
         const std::string text = ToUtf8(line) + "\n";
         fwrite(text.data(), 1, text.size(), stdout);
@@ -86,6 +88,7 @@ void HostLog::Add(const wchar_t* format, ...) {
 }
 
 bool HostLog::Contains(const std::wstring& fragment) const {
+    std::lock_guard<std::mutex> hold(lock_);
     for (const auto& line : lines_) {
         if (line.find(fragment) != std::wstring::npos) {
             return true;
@@ -95,6 +98,7 @@ bool HostLog::Contains(const std::wstring& fragment) const {
 }
 
 std::wstring HostLog::Text() const {
+    std::lock_guard<std::mutex> hold(lock_);
     std::wstring text;
     for (const auto& line : lines_) {
         text += line;
@@ -1050,9 +1054,6 @@ bool SaveScreenshot(const std::wstring& unixPath, HostLog* log, HWND window) {
 
 // --- the whole run ---
 
-namespace {
-
-// `path` with "-suffix" before its extension.
 std::wstring ScreenshotPathFor(const std::wstring& path, const std::wstring& suffix) {
     const size_t dot = path.rfind(L'.');
     const size_t slash = path.rfind(L'/');
@@ -1061,6 +1062,8 @@ std::wstring ScreenshotPathFor(const std::wstring& path, const std::wstring& suf
     }
     return path.substr(0, dot) + L"-" + suffix + path.substr(dot);
 }
+
+namespace {
 
 // A tab title as part of a file name: "Paper/Media" gives "paper-media".
 std::wstring FileNamePart(const std::wstring& title) {
@@ -1095,7 +1098,11 @@ void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, c
         if (name.empty()) {
             name = L"page-" + std::to_wstring(i + 1);
         }
-        SaveScreenshot(ScreenshotPathFor(path, prefix + name), &log, sheet.window());
+        const std::wstring shot = ScreenshotPathFor(path, prefix + name);
+        SaveScreenshot(shot, &log, sheet.window());
+        if (tab < titles.size()) {
+            PhotographPageDialogs(sheet, sheet.CurrentPage(), titles[tab], shot, log);
+        }
     }
 }
 

@@ -13,6 +13,7 @@
 #include <prsht.h>
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,7 +22,8 @@
 
 namespace ozdkhost {
 
-// What the host did and what the plug-in answered, one line per event.
+// What the host did and what the plug-in answered, one line per event. Lines may be
+// added from several threads (a script acting on a modal dialog logs too).
 class HostLog {
 public:
     void Add(const wchar_t* format, ...);
@@ -34,6 +36,7 @@ public:
 private:
     std::vector<std::wstring> lines_;
     bool echo_ = false;
+    mutable std::mutex lock_;
 };
 
 // --- resources of the process, for soak measurements ---
@@ -300,6 +303,7 @@ public:
     void Close();
 
     SheetKind kind() const { return kind_; }
+    const HostPrinter& printer() const { return printer_; }
     HWND window() const { return window_; }
     const std::wstring& title() const { return title_; }
     const std::vector<HPROPSHEETPAGE>& pluginPages() const { return pluginPages_; }
@@ -387,5 +391,7 @@ bool RegisterStandardTcpIpPort(const std::wstring& port, const std::wstring& hos
 // Saves a PNG of the X display the process runs on (xwd | convert, run on the Unix
 // side), cut to `window`'s rectangle when one is given. True when the file was written.
 bool SaveScreenshot(const std::wstring& unixPath, HostLog* log = nullptr, HWND window = nullptr);
+// `path` with "-suffix" before its extension: the name of a further screenshot.
+std::wstring ScreenshotPathFor(const std::wstring& path, const std::wstring& suffix);
 
 }  // namespace ozdkhost

@@ -1,0 +1,21 @@
+// The demo's walk through the dialogs the plug-in's pages open: each is opened as a
+// person opens it, photographed, and closed without a change.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "tools/host/host_library.h"
+
+namespace ozdkhost {
+
+// Opens, photographs and cancels the dialogs that page `page` of `sheet` opens (its tab
+// title `title`), and the dialogs those open in turn: "Advanced" of Layout and of
+// Paper/Media with the latter's "Custom Media Type" and "Add Form ...", "Advanced" of
+// Quorl ("More Options ...") and its "2 In 1" warning, which is declined. Each is saved
+// as <pagePath>-<dialog>.png (the page's screenshot path with the dialog's name).
+void PhotographPageDialogs(PropertySheetHost& sheet, HWND page, const std::wstring& title,
+                           const std::wstring& pagePath, HostLog& log);
+
+}  // namespace ozdkhost
