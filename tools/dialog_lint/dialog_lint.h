@@ -35,10 +35,20 @@ struct Script {
 Script ParseScript(const std::string& text, const std::string& folder);
 Script ReadScript(const std::string& path);
 
-// The rule violations of one dialog, one line each, starting with the dialog's name.
+// The rule violations of one dialog, one line each, starting with the dialog's name:
+// - a visible edit, list, combo or slider comes right after the label or group box that
+//   names it (a list may follow the check box on its row that switches it on; a slider
+//   may follow the number box it is set from, or that box's up-down control);
+// - an up-down control comes right after its number box;
+// - controls that take input are tab stops (a radio button after the first of its group
+//   may be left out), labels, pictures and group boxes are not;
+// - a radio group starts with WS_GROUP, and so does the control after it;
+// - the controls in a group box follow it; tab stops go left to right along a row and
+//   rows top to bottom, going up only to start a column further right.
+// Controls created hidden are checked like the others, except for their names.
 std::vector<std::string> CheckDialog(const Dialog& dialog);
 
-// Access keys shared by visible controls: "DIALOG &X: caption | caption".
+// Access keys shared by controls created visible: "DIALOG &X: caption | caption".
 std::vector<std::string> MnemonicCollisions(const Dialog& dialog);
 
 }  // namespace ozdklint
