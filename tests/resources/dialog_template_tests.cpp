@@ -5,6 +5,9 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include <algorithm>
+#include <filesystem>
+
 #include "support/wine_environment.h"
 #include "tools/dialog_lint/dialog_lint.h"
 
@@ -12,14 +15,17 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
+// The dialogs of every resource script of the source tree, by name.
 std::vector<ozdklint::Dialog> OurDialogs() {
     std::vector<ozdklint::Dialog> dialogs;
-    for (const char* name : {"document_dialogs.rc", "device_dialogs.rc"}) {
-        const std::string path = testenv::Narrow(testenv::WindowsPath(std::string(OZDK_SOURCE_DIR) + "/resources/" + name));
-        const ozdklint::Script script = ozdklint::ReadScript(path);
-        EXPECT_EQ(script.errors, Lines()) << name;
+    const std::wstring folder = testenv::WindowsPath(OZDK_SOURCE_DIR "/resources");
+    for (const auto& file : std::filesystem::directory_iterator(folder)) {
+        if (file.path().extension() != ".rc") continue;
+        const ozdklint::Script script = ozdklint::ReadScript(testenv::Narrow(file.path().wstring()));
+        EXPECT_EQ(script.errors, Lines()) << file.path();
         dialogs.insert(dialogs.end(), script.dialogs.begin(), script.dialogs.end());
     }
+    std::sort(dialogs.begin(), dialogs.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
     return dialogs;
 }
 
@@ -50,9 +56,9 @@ TEST(DialogTemplates, NameTheirControlsKeepTabOrderAndShareOnlyKnownAccessKeys) 
         names.push_back(dialog.name);
         for (const std::string& line : Findings(dialog)) found.push_back(line);
     }
-    EXPECT_EQ(names, (Lines{"IDD_LAYOUT_PAGE", "IDD_PAPER_PAGE", "IDD_QUORL_PAGE", "IDD_QUORL_ADVANCED",
-                            "IDD_TWO_IN_ONE_WARNING", "IDD_LAYOUT_ADVANCED", "IDD_PAPER_ADVANCED",
-                            "IDD_CUSTOM_MEDIA_TYPE", "IDD_CUSTOM_FORM", "IDD_DEVICE_SERVICE"}));
+    EXPECT_EQ(names, (Lines{"IDD_CUSTOM_FORM", "IDD_CUSTOM_MEDIA_TYPE", "IDD_DEVICE_SERVICE", "IDD_LAYOUT_ADVANCED",
+                            "IDD_LAYOUT_PAGE", "IDD_PAPER_ADVANCED", "IDD_PAPER_PAGE", "IDD_QUORL_ADVANCED",
+                            "IDD_QUORL_PAGE", "IDD_TWO_IN_ONE_WARNING"}));
     EXPECT_EQ(found, (Lines{"IDD_PAPER_ADVANCED &A: &Add ... | &Add Custom Form ... | &Apply",
                             "IDD_PAPER_ADVANCED &E: &Edit ... | &English"}));
 }
