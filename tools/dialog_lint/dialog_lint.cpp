@@ -364,7 +364,7 @@ std::string Describe(const Control& c) {
 bool Named(const std::vector<Control>& cs, size_t i) {
     if (i == 0) return false;
     const Control& prev = cs[i - 1];
-    if (prev.kind == Kind::Label || prev.kind == Kind::GroupBox) return true;
+    if (prev.kind == Kind::Label || prev.kind == Kind::GroupBox) return !prev.text.empty();
     if (cs[i].kind == Kind::List && prev.kind == Kind::CheckBox) {
         return std::abs(prev.y - cs[i].y) <= 4 && prev.x + prev.cx <= cs[i].x;
     }
@@ -416,7 +416,8 @@ std::vector<std::string> CheckDialog(const Dialog& dialog) {
         if (IsInteractive(c.kind) && !Has(c, WS_DISABLED) && !Has(c, WS_TABSTOP) && !(radio && !groupStart)) {
             report(c, "is not a tab stop");
         }
-        if (!IsInteractive(c.kind) && c.kind != Kind::UpDown && Has(c, WS_TABSTOP)) {
+        const bool decoration = c.kind == Kind::Label || c.kind == Kind::Picture || c.kind == Kind::GroupBox;
+        if (decoration && Has(c, WS_TABSTOP)) {
             report(c, "is a tab stop but takes no input");
         }
         const bool afterRadio = i > 0 && cs[i - 1].kind == Kind::Radio;
