@@ -51,8 +51,28 @@ target_compile_options(ozdkrnui PRIVATE ${OZDK_WARNINGS})
 target_link_options(ozdkrnui PRIVATE ${OZDK_STATIC_LINK})
 target_link_libraries(ozdkrnui PRIVATE ozdkrnui_impl)
 
+# What ships is the DLL without its debug information: after every link the debug
+# sections move to ozdkrnui.dll.debug beside it, and the DLL keeps only a
+# .gnu_debuglink naming that file (and its checksum) for debuggers. The tests and the
+# demo load the stripped DLL too.
+if(NOT CMAKE_OBJCOPY)
+  find_program(CMAKE_OBJCOPY NAMES x86_64-w64-mingw32-objcopy REQUIRED)
+endif()
+if(NOT CMAKE_OBJDUMP)
+  find_program(CMAKE_OBJDUMP NAMES x86_64-w64-mingw32-objdump REQUIRED)
+endif()
+add_custom_command(TARGET ozdkrnui POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ozdkrnui.dll ozdkrnui.dll.debug
+    COMMAND ${CMAKE_OBJCOPY} --strip-debug --strip-unneeded --add-gnu-debuglink=ozdkrnui.dll.debug ozdkrnui.dll
+    WORKING_DIRECTORY $<TARGET_FILE_DIR:ozdkrnui>
+    COMMENT "Moving the debug information of ozdkrnui.dll to ozdkrnui.dll.debug"
+    VERBATIM)
+
 enable_testing()
 if(EXISTS ${CMAKE_SOURCE_DIR}/tools/CMakeLists.txt)
   add_subdirectory(tools)
+endif()
+if(EXISTS ${CMAKE_SOURCE_DIR}/bench/CMakeLists.txt)
+  add_subdirectory(bench)
 endif()
 add_subdirectory(tests)
