@@ -4,13 +4,19 @@
 #   wine_session_start BUILD_DIR   sets WINEPREFIX, DISPLAY, WINE64 and exports them
 #   wine_session_stop
 
-WINE64=${WINE64:-/usr/lib/wine/wine64}
-[ -x "$WINE64" ] || WINE64=$(command -v wine64 || command -v wine)
-WINESERVER=${WINESERVER:-/usr/lib/wine/wineserver64}
-[ -x "$WINESERVER" ] || WINESERVER=$(command -v wineserver64 || command -v wineserver)
+# Wine's programs, looked up when a session starts: on a fresh machine Wine is only
+# installed after this file has been read.
+wine_find_programs() {
+    [ -n "${WINE64:-}" ] && [ -x "$WINE64" ] || WINE64=/usr/lib/wine/wine64
+    [ -x "$WINE64" ] || WINE64=$(command -v wine64 || command -v wine)
+    [ -n "${WINESERVER:-}" ] && [ -x "$WINESERVER" ] || WINESERVER=/usr/lib/wine/wineserver64
+    [ -x "$WINESERVER" ] || WINESERVER=$(command -v wineserver64 || command -v wineserver)
+}
+wine_find_programs
 
 wine_session_start() {
     local build_dir=$1
+    wine_find_programs
     export WINEPREFIX="$build_dir/wineprefix"
     export WINEDEBUG=-all
     export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
