@@ -166,7 +166,9 @@ struct UIConfig {
     WideChar CustomMediaName[kTextCapacity];
     WideChar PatternFileChoice[kTextCapacity];
 
-    uint8_t Reserved[1084];  // room for later settings; keeps the block size fixed
+    uint32_t DeviceReadRunning;  // a page's first read of the device is under way
+
+    uint8_t Reserved[1080];  // room for later settings; keeps the block size fixed
 };
 
 inline constexpr uint32_t kUIConfigSize = 7024;

@@ -142,7 +142,7 @@ int ReadStoredSettings(HANDLE printer, UIConfig& config) {
 enum class NetworkOutcome { NotNetwork, Silent, Replied };
 
 // The network path: the reply is parsed into `config`.
-NetworkOutcome ReadOverNetwork(UIConfig& config) {
+NetworkOutcome ReadOverNetwork(UIConfig& config, const CancelSignal* cancel) {
     HANDLE printer = config.PrinterHandle;
     DWORD needed = 0;
     Spool().GetPrinterW(printer, 2, nullptr, 0, &needed);
@@ -156,7 +156,7 @@ NetworkOutcome ReadOverNetwork(UIConfig& config) {
     const wchar_t* portName = info.as<PRINTER_INFO_2W>()->pPortName;
     Trace(L"GetLegacyDataNetwork(): network port %s\n", portName != nullptr ? portName : L"");
     int length = kLegacyInfoTcpPort;
-    const char* reply = GetLegacyDataNetwork(portName, kLegacyInfoRequest, &length);
+    const char* reply = GetLegacyDataNetwork(portName, kLegacyInfoRequest, &length, cancel);
     if (reply != nullptr) {
         config.LegacyParmCount = ParseInfoLegacySettings(config, reply);
         config.LegacyStateA = 0;
@@ -168,8 +168,8 @@ NetworkOutcome ReadOverNetwork(UIConfig& config) {
 
 }  // namespace
 
-bool GetQuorlSettings(UIConfig& config) {
-    switch (ReadOverNetwork(config)) {
+bool GetQuorlSettings(UIConfig& config, const CancelSignal* cancel) {
+    switch (ReadOverNetwork(config, cancel)) {
         case NetworkOutcome::Replied:
             return config.LegacyParmCount != 0;
         case NetworkOutcome::Silent:
@@ -179,7 +179,7 @@ bool GetQuorlSettings(UIConfig& config) {
     }
 
     DWORD count = 0;
-    if (GetLegacyData(config.PrinterHandle, &count) != ERROR_SUCCESS) {
+    if (GetLegacyData(config.PrinterHandle, &count, cancel) != ERROR_SUCCESS) {
         return false;
     }
     Trace(L"GetQuorlSettings(): 0=GetLegacyData(), nbrParms=%d\n", static_cast<int>(count));
@@ -191,11 +191,43 @@ bool GetQuorlSettings(UIConfig& config) {
     return config.LegacyParmCount > 0 && read > 0;
 }
 
+void TakeDeviceSettings(UIConfig& config, const UIConfig& read) {
+    config.EmbsrDuplex = read.EmbsrDuplex;
+    config.EmbsrGraphicsMode = read.EmbsrGraphicsMode;
+    config.EmbsrAutoCr = read.EmbsrAutoCr;
+    config.EmbsrOutputFace = read.EmbsrOutputFace;
+    config.EmbsrMediaType = read.EmbsrMediaType;
+    config.EmbsrCustomMediaMin = read.EmbsrCustomMediaMin;
+    config.EmbsrCustomMediaMax = read.EmbsrCustomMediaMax;
+    config.EmbsrBrailleDots = read.EmbsrBrailleDots;
+    config.EmbsrBrailleStandard = read.EmbsrBrailleStandard;
+    config.EmbsrLineSpacing = read.EmbsrLineSpacing;
+    config.EmbsrTopMargin = read.EmbsrTopMargin;
+    config.EmbsrLeftMargin = read.EmbsrLeftMargin;
+    config.EmbsrRightMargin = read.EmbsrRightMargin;
+    config.EmbsrCharsWidth = read.EmbsrCharsWidth;
+    config.EmbsrLinesLength = read.EmbsrLinesLength;
+    config.EmbsrPaperWidth = read.EmbsrPaperWidth;
+    config.EmbsrPaperLength = read.EmbsrPaperLength;
+    config.EmbsrBrailleForce = read.EmbsrBrailleForce;
+    config.EmbsrQuality = read.EmbsrQuality;
+    config.LegacyParmCount = read.LegacyParmCount;
+    config.BrailleTableIndex = read.BrailleTableIndex;
+    config.FirmwareVersion = read.FirmwareVersion;
+    config.LegacyStateA = read.LegacyStateA;
+    config.LegacyStateB = read.LegacyStateB;
+    CopyWide(config.EmbsrBrailleTable, kTextCapacity, read.EmbsrBrailleTable);
+    CopyWide(config.SerialNumber, kTextCapacity, read.SerialNumber);
+    CopyWide(config.ModelNumber, kTextCapacity, read.ModelNumber);
+}
+
 void ReadQuorlSettingsOnce(UIConfig& config, const wchar_t* caller) {
-    if (!IsDeviceReadPending(config)) {
-        return;
+    if (IsDeviceReadPending(config)) {
+        RecordDeviceRead(config, GetQuorlSettings(config), caller);
     }
-    const bool read = GetQuorlSettings(config);
+}
+
+void RecordDeviceRead(UIConfig& config, bool read, const wchar_t* caller) {
     Trace(L"%s(): %d=GetQuorlSettings()\n", caller, read ? 1 : 0);
     if (read) {
         config.LegacyRefresh = 1;

@@ -11,6 +11,7 @@
 #include "base/spooler.h"
 #include "device/protocol/decimal_text.h"
 #include "device/protocol/legacy_reply_parser.h"
+#include "base/cancel_signal.h"
 #include "base/heap_memory.h"
 #include "base/module_state.h"
 #include "base/text_format.h"
@@ -26,8 +27,9 @@ constexpr size_t kNameCapacity = 4096;      // characters of port names and regi
 constexpr DWORD kHostNameBytes = 4096;      // "HostName" and "IPAddress" are read up to this size
 constexpr DWORD kDriverDirectoryChars = 4096;
 
-// The one receive buffer of the network path (the request is staged in it too).
-char gReceiveBuffer[kLegacyReplyCapacity];
+// The receive buffer of the network path (the request is staged in it too): one per
+// thread, so that reads of two sheets on their workers never share it.
+thread_local char gReceiveBuffer[kLegacyReplyCapacity];
 
 // "LegacyDataAvailable" as a 32-bit value; 0 when the read fails.
 DWORD ReadLegacyDataAvailable(HANDLE printer, DWORD* value) {
@@ -116,12 +118,36 @@ bool AddressByResolving(const char* hostName, uint32_t* address) {
     return found;
 }
 
+// select() on one socket, for readability or, while `connecting`, for the outcome of
+// the connection, for at most `seconds`. With a cancel signal the wait is taken in
+// slices of kCancelCheckMs and ends as soon as the signal is raised. Returns select()'s
+// result: 0 when the time ran out or the read was cancelled.
+int WaitOnSocket(SOCKET link, bool connecting, long seconds, const CancelSignal* cancel) {
+    const long sliceMs = cancel != nullptr ? kCancelCheckMs : seconds * 1000;
+    for (long waitedMs = 0; waitedMs < seconds * 1000; waitedMs += sliceMs) {
+        fd_set watched;
+        fd_set failed;
+        FD_ZERO(&watched);
+        FD_ZERO(&failed);
+        FD_SET(link, &watched);
+        FD_SET(link, &failed);
+        timeval wait = {sliceMs / 1000, (sliceMs % 1000) * 1000};
+        const int ready = connecting ? select(0, nullptr, &watched, &failed, &wait)
+                                     : select(0, &watched, nullptr, nullptr, &wait);
+        if (ready != 0 || IsCancelled(cancel)) {
+            return ready;
+        }
+    }
+    return 0;
+}
+
 // Connects `link` to `peer`, waiting at most `seconds` for the embosser to take the
 // connection. An address that does not answer at all (a device switched off behind a
 // router drops the packets) would otherwise hold the dialog for the system's own
 // connection timeout. The socket is blocking again afterwards; on failure the socket
-// error (WSAETIMEDOUT when the time ran out) is the last error.
-bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds) {
+// error (WSAETIMEDOUT when the time ran out, WSAEINTR when the read was cancelled) is
+// the last error.
+bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds, const CancelSignal* cancel) {
     u_long nonBlocking = 1;
     if (ioctlsocket(link, FIONBIO, &nonBlocking) == SOCKET_ERROR) {
         return false;
@@ -129,16 +155,9 @@ bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds) {
     bool connected = connect(link, reinterpret_cast<const sockaddr*>(&peer), sizeof(peer)) == 0;
     int error = connected ? 0 : WSAGetLastError();
     if (error == WSAEWOULDBLOCK) {
-        fd_set writable;
-        fd_set failed;
-        FD_ZERO(&writable);
-        FD_ZERO(&failed);
-        FD_SET(link, &writable);
-        FD_SET(link, &failed);
-        timeval wait = {seconds, 0};
-        const int ready = select(0, nullptr, &writable, &failed, &wait);
+        const int ready = WaitOnSocket(link, true, seconds, cancel);
         if (ready == 0) {
-            error = WSAETIMEDOUT;
+            error = IsCancelled(cancel) ? WSAEINTR : WSAETIMEDOUT;
         } else if (ready == SOCKET_ERROR) {
             error = WSAGetLastError();
         } else {
@@ -146,7 +165,7 @@ bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds) {
             if (getsockopt(link, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size) == SOCKET_ERROR) {
                 error = WSAGetLastError();
             }
-            connected = error == 0 && FD_ISSET(link, &writable);
+            connected = error == 0;
         }
     }
     nonBlocking = 0;
@@ -157,7 +176,7 @@ bool ConnectWithin(SOCKET link, const sockaddr_in& peer, long seconds) {
 
 }  // namespace
 
-DWORD GetLegacyData(HANDLE printer, DWORD* count) {
+DWORD GetLegacyData(HANDLE printer, DWORD* count, const CancelSignal* cancel) {
     DWORD ignoredCount = 0;
     if (count == nullptr) {
         count = &ignoredCount;
@@ -204,7 +223,11 @@ DWORD GetLegacyData(HANDLE printer, DWORD* count) {
         ReadLegacyDataAvailable(fullAccess.get(), &available);
         result = ERROR_TIMEOUT;
         for (DWORD poll = 0; poll < kLegacyPollCount; ++poll) {
-            Sleep(kLegacyPollIntervalMs);
+            if (SleepUnlessCancelled(cancel, kLegacyPollIntervalMs)) {
+                Trace(L"GetLegacyData(): cancelled\n");
+                result = ERROR_CANCELLED;
+                break;
+            }
             const DWORD status = ReadLegacyDataAvailable(fullAccess.get(), &available);
             Trace(L"GetLegacyData(): second try LegacyDataAvailable=%d\n", static_cast<int>(available));
             if (status != ERROR_SUCCESS) {
@@ -282,7 +305,8 @@ bool IsNetworkPort(const wchar_t* portName, uint32_t* address) {
     return found;
 }
 
-const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length) {
+const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length,
+                                 const CancelSignal* cancel) {
     if (length == nullptr) {
         return nullptr;
     }
@@ -304,7 +328,7 @@ const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, i
             peer.sin_family = AF_INET;
             peer.sin_port = htons(static_cast<u_short>(tcpPort));
             peer.sin_addr.s_addr = address;
-            if (!ConnectWithin(link, peer, kLegacyConnectWaitSeconds)) {
+            if (!ConnectWithin(link, peer, kLegacyConnectWaitSeconds, cancel)) {
                 // The exchange goes on regardless: on the closed socket the send, the
                 // wait and the first receive fail, and nothing is returned.
                 Trace(L"GetLegacyDataNetwork(): %d=connect()\n", WSAGetLastError());
@@ -324,11 +348,12 @@ const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, i
             int held = 0;
             int budget = kLegacyReceiveBudget;
             for (;;) {
-                fd_set readable;
-                FD_ZERO(&readable);
-                FD_SET(link, &readable);
-                timeval wait = {kLegacyReceiveWaitSeconds, 0};
-                const int ready = select(0, &readable, nullptr, nullptr, &wait);
+                const int ready = WaitOnSocket(link, false, kLegacyReceiveWaitSeconds, cancel);
+                if (ready == 0 && IsCancelled(cancel)) {
+                    Trace(L"GetLegacyDataNetwork(): cancelled\n");
+                    held = 0;  // a part of a reply is no reply
+                    break;
+                }
                 if (ready != 0) {
                     Trace(L"GetLegacyDataNetwork(): %d=select()\n", ready);
                     Trace(L"GetLegacyDataNetwork(): 1=FD_ISSET()\n");

@@ -9,8 +9,9 @@
 //
 // Both block the calling thread: the spooler-side path for up to kLegacyPollCount polls
 // of kLegacyPollIntervalMs, the network path for up to kLegacyConnectWaitSeconds to
-// connect and then kLegacyReceiveBudget one-second waits of silence in a row. No
-// thread is started.
+// connect and then kLegacyReceiveBudget one-second waits of silence in a row. Given a
+// cancel signal, each wait ends within kCancelCheckMs of the signal, and the transport
+// gives up: nothing read counts.
 #pragma once
 
 #include <windows.h>
@@ -18,6 +19,8 @@
 #include <cstdint>
 
 #include "config/ui_config.h"
+
+class CancelSignal;
 
 // The request of the network path: 31 bytes, no Host line and no other header.
 inline constexpr char kLegacyInfoRequest[] = "GET /PJLINFOLEGACY HTTP/1.1\r\n\r\n";
@@ -29,6 +32,8 @@ inline constexpr int kLegacyReceiveBudget = 10;  // one-second select() waits wi
 inline constexpr long kLegacyReceiveWaitSeconds = 1;
 // The connection attempt gets the same time as a silent embosser.
 inline constexpr long kLegacyConnectWaitSeconds = kLegacyReceiveBudget * kLegacyReceiveWaitSeconds;
+// How often a cancellable socket wait looks at its cancel signal.
+inline constexpr long kCancelCheckMs = 100;
 
 // The language-monitor extension library, relative to the printer-driver directory.
 inline constexpr wchar_t kExtensionLibraryPath[] = L"\\3\\ozdkrnlmex.dll";
@@ -37,8 +42,8 @@ inline constexpr wchar_t kExtensionLibraryPath[] = L"\\3\\ozdkrnlmex.dll";
 // of the printer and polls the value until the component sets it to the number of
 // parameters it stored. Returns 0 with that number in *count; 0 with *count 0 when the
 // printer cannot be opened again; ERROR_TIMEOUT (1460) after the last poll found 0; or
-// the spooler's error.
-DWORD GetLegacyData(HANDLE printer, DWORD* count);
+// the spooler's error; ERROR_CANCELLED when `cancel` was raised during the polls.
+DWORD GetLegacyData(HANDLE printer, DWORD* count, const CancelSignal* cancel = nullptr);
 
 // True when `portName` (a port list is cut at its last ',') is a Standard TCP/IP port
 // whose IPv4 address could be found from its "HostName" (resolved, or read as dotted
@@ -49,9 +54,11 @@ bool IsNetworkPort(const wchar_t* portName, uint32_t* address);
 // Network path. On entry *length holds the TCP port; on return -1 when the port is not a
 // network port, 0 when it is but nothing came back, else the number of bytes received
 // (at most kLegacyReplyCapacity - 1). Returns the reply, NUL-terminated, or null.
-// The reply lives in one module-wide buffer that the next call overwrites: one caller
-// at a time.
-const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length);
+// The reply lives in the calling thread's receive buffer, which the thread's next call
+// overwrites. A raised `cancel` ends the exchange at its next wait with nothing returned
+// (*length 0).
+const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length,
+                                 const CancelSignal* cancel = nullptr);
 
 // The named export of the extension library, loaded on first use into
 // config.ExtLibraryHandle (a failed load is tried again at the next call); null when

@@ -1,39 +1,78 @@
 #include "printer_ui/reading_notice.h"
 
 #include "base/module_state.h"
+#include "base/trace_log.h"
 #include "config/localisation.h"
+#include "device/device_read_worker.h"
 #include "device/device_settings_store.h"
+#include "resources/device_dialog_ids.h"
 #include "resources/resource_ids.h"
 
 namespace {
 
-constexpr int kMarginX = 24;  // pixels around the text
-constexpr int kMarginY = 16;
+// The notice's dialog procedure; its user slot holds the worker that "Cancel" stops
+// (none when the read runs on the page's own thread). Esc, Alt+F4 and the close box all
+// come here as Cancel.
+INT_PTR CALLBACK ReadingNoticeDlgProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(dialog, DWLP_USER, lParam);
+        return TRUE;  // the focus goes to "Cancel", the only control that takes it
+    case WM_COMMAND:
+        if (LOWORD(wParam) != IDCANCEL) {
+            return FALSE;
+        }
+        [[fallthrough]];
+    case WM_CLOSE:
+        if (auto* worker = reinterpret_cast<DeviceReadWorker*>(GetWindowLongPtrW(dialog, DWLP_USER))) {
+            worker->Cancel();
+        }
+        return TRUE;
+    case WM_SETCURSOR:
+        SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+        SetWindowLongPtrW(dialog, DWLP_MSGRESULT, TRUE);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
 
-// The wait cursor and the notice window for the life of the object. The window is a
-// framed static text owned by the sheet; it is painted before the constructor
-// returns, since the read that follows lets no message through.
+// The wait cursor, the disabled sheet and the notice dialog for the life of the object.
 class ReadingNotice {
 public:
-    ReadingNotice(HWND page, const UIConfig& config) {
+    ReadingNotice(HWND page, const UIConfig& config, DeviceReadWorker* worker) {
         previousCursor_ = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-        const HWND sheet = page != nullptr ? GetAncestor(page, GA_ROOT) : nullptr;
-        const wchar_t* text = GetLocalString(&config, IDS_READING_EMBOSSER);
-        window_ = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_DLGMODALFRAME, L"Static", text,
-                                  WS_POPUP | SS_CENTER | SS_CENTERIMAGE | SS_NOPREFIX, 0, 0, 0, 0, sheet, nullptr,
-                                  ghInstance, nullptr);
+        sheet_ = page != nullptr ? GetAncestor(page, GA_ROOT) : nullptr;
+        // EnableWindow answers whether the window was disabled before.
+        sheetDisabledHere_ = sheet_ != nullptr && !EnableWindow(sheet_, FALSE);
+
+        HANDLE context = GetModuleActivationContext();
+        ULONG_PTR cookie = 0;
+        const bool activated = IsActivationContextValid(context) && ActivateActCtx(context, &cookie);
+        window_ = CreateDialogParamW(ghInstance, MAKEINTRESOURCEW(IDD_READING_NOTICE), sheet_, ReadingNoticeDlgProc,
+                                     reinterpret_cast<LPARAM>(worker));
+        if (activated) {
+            DeactivateActCtx(0, cookie);
+        }
         if (window_ == nullptr) {
+            Trace(L"ReadDeviceSettingsWithNotice(): %d=CreateDialogParam()\n", static_cast<int>(GetLastError()));
             return;
         }
-        const HFONT font = page != nullptr ? reinterpret_cast<HFONT>(SendMessageW(page, WM_GETFONT, 0, 0)) : nullptr;
-        SendMessageW(window_, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-        PlaceOver(sheet, text, font);
-        ShowWindow(window_, SW_SHOWNOACTIVATE);
+        SetWindowTextW(window_, config.PrinterName);
+        SetDlgItemTextW(window_, IDC_READING_TEXT, GetLocalString(&config, IDS_READING_EMBOSSER));
+        SetDlgItemTextW(window_, IDCANCEL, GetLocalString(&config, IDS_CANCEL_READING));
+        PlaceOverSheet();
+        ShowWindow(window_, SW_SHOW);
+        SetActiveWindow(window_);
+        SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(window_, IDCANCEL)), TRUE);
         UpdateWindow(window_);
-        // Screen readers announce an alert; the focus stays where it is.
         NotifyWinEvent(EVENT_SYSTEM_ALERT, window_, OBJID_CLIENT, CHILDID_SELF);
     }
     ~ReadingNotice() {
+        // The sheet first, so that it takes the activation back from the notice.
+        if (sheetDisabledHere_ && IsWindow(sheet_)) {
+            EnableWindow(sheet_, TRUE);
+        }
         if (window_ != nullptr) {
             DestroyWindow(window_);
         }
@@ -42,42 +81,78 @@ public:
     ReadingNotice(const ReadingNotice&) = delete;
     ReadingNotice& operator=(const ReadingNotice&) = delete;
 
-private:
-    // Sized to the text and centred over the sheet, or over the screen while the sheet
-    // has no size yet.
-    void PlaceOver(HWND sheet, const wchar_t* text, HFONT font) {
-        SIZE extent = {200, 16};
-        if (HDC dc = GetDC(window_)) {
-            const HGDIOBJ previous = font != nullptr ? SelectObject(dc, font) : nullptr;
-            GetTextExtentPoint32W(dc, text, lstrlenW(text), &extent);
-            if (previous != nullptr) {
-                SelectObject(dc, previous);
+    // Dispatches the thread's messages, the notice's keys through its dialog manager,
+    // until the worker has ended, the way a modal dialog waits. A quit message or a sheet
+    // destroyed meanwhile cancels the read; the quit message is posted again afterwards.
+    void AnswerUntilDone(DeviceReadWorker& worker) {
+        const HANDLE thread = worker.thread();
+        bool quit = false;
+        WPARAM quitCode = 0;
+        while (!quit) {
+            const DWORD woke = MsgWaitForMultipleObjectsEx(1, &thread, INFINITE, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
+            if (woke != WAIT_OBJECT_0 + 1) {
+                break;  // the worker ended (or the wait itself failed: Join then waits)
             }
-            ReleaseDC(window_, dc);
+            MSG message;
+            while (!quit && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+                if (message.message == WM_QUIT) {
+                    quit = true;
+                    quitCode = message.wParam;
+                } else if (window_ == nullptr || !IsDialogMessageW(window_, &message)) {
+                    TranslateMessage(&message);
+                    DispatchMessageW(&message);
+                }
+            }
+            if (quit || (sheet_ != nullptr && !IsWindow(sheet_))) {
+                worker.Cancel();
+            }
         }
-        RECT frame = {0, 0, extent.cx + 2 * kMarginX, extent.cy + 2 * kMarginY};
-        AdjustWindowRectEx(&frame, WS_POPUP, FALSE, WS_EX_TOOLWINDOW | WS_EX_DLGMODALFRAME);
-        const int width = frame.right - frame.left;
-        const int height = frame.bottom - frame.top;
+        worker.Join();
+        if (quit) {
+            PostQuitMessage(static_cast<int>(quitCode));
+        }
+    }
+
+private:
+    // Centred over the sheet, or over the screen while the sheet has no size yet.
+    void PlaceOverSheet() {
+        RECT own;
+        GetWindowRect(window_, &own);
+        const int width = own.right - own.left;
+        const int height = own.bottom - own.top;
         RECT over = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
         RECT sheetRect;
-        if (sheet != nullptr && GetWindowRect(sheet, &sheetRect) && sheetRect.right - sheetRect.left > width) {
+        if (sheet_ != nullptr && IsWindowVisible(sheet_) && GetWindowRect(sheet_, &sheetRect) &&
+            sheetRect.right - sheetRect.left > width) {
             over = sheetRect;
         }
-        SetWindowPos(window_, HWND_TOP, (over.left + over.right - width) / 2, (over.top + over.bottom - height) / 2,
-                     width, height, SWP_NOACTIVATE);
+        SetWindowPos(window_, HWND_TOP, (over.left + over.right - width) / 2, (over.top + over.bottom - height) / 2, 0,
+                     0, SWP_NOSIZE | SWP_NOACTIVATE);
     }
 
     HWND window_ = nullptr;
+    HWND sheet_ = nullptr;
+    bool sheetDisabledHere_ = false;
     HCURSOR previousCursor_ = nullptr;
 };
 
 }  // namespace
 
 void ReadDeviceSettingsWithNotice(HWND page, UIConfig& config, const wchar_t* caller) {
-    if (!IsDeviceReadPending(config)) {
+    if (!IsDeviceReadPending(config) || config.DeviceReadRunning != 0) {
         return;
     }
-    ReadingNotice notice(page, config);
-    ReadQuorlSettingsOnce(config, caller);
+    config.DeviceReadRunning = 1;
+    {
+        DeviceReadWorker worker;
+        const bool started = worker.Start(config);
+        ReadingNotice notice(page, config, started ? &worker : nullptr);
+        if (started) {
+            notice.AnswerUntilDone(worker);
+            worker.Finish(config, caller);
+        } else {
+            ReadQuorlSettingsOnce(config, caller);  // no worker to be had: the read blocks as it must
+        }
+    }
+    config.DeviceReadRunning = 0;
 }

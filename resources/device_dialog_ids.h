@@ -7,6 +7,7 @@
 
 // --- dialogs ---
 #define IDD_DEVICE_SERVICE               108
+#define IDD_READING_NOTICE               160
 
 // --- "Service" page (108) ---
 #define IDC_PRINTER_STATUS               1037
@@ -16,3 +17,6 @@
 #define IDC_ENABLE_STATUS_MONITORING     1071
 #define IDC_SERVICE_PICTURE              1076
 #define IDC_SERIAL_SETTINGS              1081
+
+// --- the notice shown while the embosser is read (160) ---
+#define IDC_READING_TEXT                 1301

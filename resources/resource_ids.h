@@ -118,3 +118,4 @@
 #define IDS_CENTIMETERS                  250
 #define IDS_RESET_LEGACY_SETTINGS        300
 #define IDS_READING_EMBOSSER             301
+#define IDS_CANCEL_READING               302

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 
+#include "device/device_read_worker.h"
 #include "device/device_settings_store.h"
 #include "device/legacy_transports.h"
 #include "spooler_component.h"
@@ -143,4 +144,41 @@ TEST(GetQuorlSettings, AsksTheComponentThroughAFullAccessHandleTakesTheStoredVal
     EXPECT_EQ(count, 0u);
     EXPECT_EQ(log.Count("GetLegacyData(): second try LegacyDataAvailable=0"), 2 + 9);
     EXPECT_TRUE(log.Contains("GetLegacyData(): err=1460"));
+}
+
+// A read on a worker, cancelled while it waits for the component's answer, for the
+// connection or for the reply: the worker ends within the check's interval, and the
+// page's record takes nothing but the failure.
+TEST(DeviceReadWorker, CancelledWhereverItWaitsEndsAtOnceAndTakesNothing) {
+    const struct { const char* what; const char* address; Behaviour behaviour; const char* traced; } cases[] = {
+        {"the component's polls", nullptr, Behaviour::Answer, "GetLegacyData(): cancelled"},
+        {"the connection", "127.77.2.6", Behaviour::Unreachable, "GetLegacyDataNetwork(): 10004=connect()"},
+        {"the reply", "127.77.2.7", Behaviour::Silent, "GetLegacyDataNetwork(): cancelled"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        testenv::TestPrinter printer;
+        std::unique_ptr<embosser_sim::Simulator> simulator;
+        if (c.address != nullptr) {
+            printer.MakeNetworkPort(testenv::Widen(c.address), L"");
+            simulator = devicetest::StartSimulator(devicetest::Simulating(c.address, c.behaviour));
+        }
+        auto config = FilledConfigFor(printer);
+        std::vector<int64_t> expected = DeviceNumbers(*config);
+        expected[0] = -1;
+        testenv::TraceLog log;
+        DeviceReadWorker worker;
+        ASSERT_TRUE(worker.Start(*config));
+        Sleep(1500);
+        const auto cancelled = std::chrono::steady_clock::now();
+        worker.Cancel();
+        worker.Join();
+        EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - cancelled).count(),
+                  400);
+        worker.Finish(*config, L"Caller");
+        EXPECT_EQ(DeviceNumbers(*config), expected);
+        EXPECT_TRUE(log.Contains(c.traced)) << log.Text();
+        EXPECT_TRUE(log.Contains("Caller(): 0=GetQuorlSettings()"));
+        EXPECT_TRUE(log.Contains("Caller(): reading the embosser was cancelled"));
+    }
 }

@@ -7,6 +7,7 @@
 #include <shlobj.h>
 
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -94,50 +95,142 @@ int TimerRuns(const TraceLog& log) {
     return runs;
 }
 
-// What another thread sees of the page's thread while the embosser holds the read: from
-// the request on, the embosser waits before the second half of its reply.
+// The notice over the sheet while the embosser is read; null when none is shown.
+HWND FindNotice() {
+    for (HWND w = FindWindowExW(nullptr, nullptr, L"#32770", nullptr); w != nullptr;
+         w = FindWindowExW(nullptr, w, L"#32770", nullptr)) {
+        if (IsWindowVisible(w) && GetDlgItem(w, IDC_READING_TEXT) != nullptr) return w;
+    }
+    return nullptr;
+}
+
+// How a person leaves a read that takes too long.
+enum class Leave { Wait, ClickCancel, PressEsc, PressAltF4 };
+
+// What another thread sees of the page's thread while the embosser holds the read, and
+// what it does then: from the connection on, for `watchMs` it asks the sheet and the
+// notice for answers as a screen reader would (each must come within 100 ms), then
+// leaves the read as `leave` says.
 struct ReadWatch {
-    ReadWatch(DWORD pageThread, const embosser_sim::Simulator& embosser)
-        : thread([this, pageThread, &embosser] {
-              for (int i = 0; i < 300 && embosser.RequestCount() == 0; ++i) Sleep(50);
-              Sleep(300);
-              const HWND notice = FindWindowW(L"Static", kNotice);
-              shown = notice != nullptr && IsWindowVisible(notice);
-              painted = notice != nullptr && !GetUpdateRect(notice, nullptr, FALSE);
-              AttachThreadInput(GetCurrentThreadId(), pageThread, TRUE);
-              waitCursor = GetCursor() == LoadCursorW(nullptr, IDC_WAIT);
-              AttachThreadInput(GetCurrentThreadId(), pageThread, FALSE);
-          }) {}
+    ReadWatch(DWORD pageThread, const embosser_sim::Simulator& embosser, DWORD watchMs, Leave leave)
+        : thread([=, &embosser, before = embosser.ConnectionCount()] { Watch(pageThread, embosser, before, watchMs, leave); }) {}
     ~ReadWatch() { Join(); }
     void Join() { if (thread.joinable()) thread.join(); }
 
+    void Watch(DWORD pageThread, const embosser_sim::Simulator& embosser, int before, DWORD watchMs, Leave leave) {
+        for (int i = 0; i < 300 && embosser.ConnectionCount() == before; ++i) Sleep(20);
+        Sleep(300);
+        const HWND notice = FindNotice();
+        if (notice == nullptr) return;
+        const HWND cancel = GetDlgItem(notice, IDCANCEL);
+        sheetDisabled = !IsWindowEnabled(GetWindow(notice, GW_OWNER));
+        painted = !GetUpdateRect(notice, nullptr, FALSE);
+        GUITHREADINFO gui = {sizeof(gui)};
+        focusOnCancel = GetGUIThreadInfo(pageThread, &gui) && gui.hwndFocus == cancel;
+        AttachThreadInput(GetCurrentThreadId(), pageThread, TRUE);
+        waitCursor = GetCursor() == LoadCursorW(nullptr, IDC_WAIT);
+        AttachThreadInput(GetCurrentThreadId(), pageThread, FALSE);
+        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(watchMs);
+        do {
+            DWORD_PTR answer = 0;
+            wchar_t text[64] = {};
+            answers += SendMessageTimeoutW(GetWindow(notice, GW_OWNER), WM_NULL, 0, 0, SMTO_NORMAL, 100, &answer) != 0;
+            answers += SendMessageTimeoutW(GetDlgItem(notice, IDC_READING_TEXT), WM_GETTEXT, 64,
+                                           reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 100, &answer) != 0 &&
+                       std::wstring(text) == kNotice;
+            asked += 2;
+            Sleep(50);
+        } while (std::chrono::steady_clock::now() < until);
+        left = std::chrono::steady_clock::now();
+        if (leave == Leave::ClickCancel) PostMessageW(cancel, BM_CLICK, 0, 0);
+        if (leave == Leave::PressEsc) PostMessageW(cancel, WM_KEYDOWN, VK_ESCAPE, 1);
+        if (leave == Leave::PressAltF4) PostMessageW(cancel, WM_SYSKEYDOWN, VK_F4, 1 | KF_ALTDOWN << 16);
+    }
+
     static constexpr const wchar_t* kNotice = L"Reading embosser settings ...";
-    std::atomic<bool> shown{false}, painted{false}, waitCursor{false};
+    std::atomic<bool> sheetDisabled{false}, painted{false}, focusOnCancel{false}, waitCursor{false};
+    std::atomic<int> asked{0}, answers{0};
+    std::chrono::steady_clock::time_point left;
     std::thread thread;
 };
 
 }  // namespace
 
-// Whichever page reads the embosser, a slow one shows the wait cursor and the painted
-// notice while it is read, and neither is left once the page is up.
-TEST(ReadingNotice, ShowsWhileTheServicePageOrTheDeviceSettingsReadTheEmbosser) {
+// A silent embosser: while it is waited for, the sheet takes no input but answers every
+// message at once, the notice can be read and holds the focus on "Cancel", and the
+// cursor waits. Cancel, Esc or Alt+F4 end the read within a second: the device counts as
+// unreachable, and no page asks it again.
+TEST(ReadingNotice, KeepsTheSheetAnsweringWhileASilentEmbosserIsReadAndCancelEndsTheRead) {
+    auto embosser = devicetest::StartSimulator(devicetest::Simulating("127.77.12.5", embosser_sim::Behaviour::Silent));
+    struct Case {
+        bool onTree;
+        Leave leave;
+    } const cases[] = {{false, Leave::ClickCancel}, {true, Leave::PressEsc}, {true, Leave::PressAltF4}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.onTree ? "Device Settings" : "Service") + " left by " +
+                     std::to_string(static_cast<int>(c.leave)));
+        const int connections = embosser->ConnectionCount();
+        ServiceSheet p("127.77.12.5");
+        TraceLog log;
+        ReadWatch watch(GetCurrentThreadId(), *embosser, 2000, c.leave);
+        const HWND page = p.Open(c.onTree);
+        const auto returned = std::chrono::steady_clock::now();
+        ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
+        watch.Join();
+        EXPECT_TRUE(watch.sheetDisabled && watch.painted && watch.focusOnCancel && watch.waitCursor)
+            << watch.sheetDisabled << watch.painted << watch.focusOnCancel << watch.waitCursor;
+        EXPECT_GE(watch.asked, 40);
+        EXPECT_EQ(watch.answers, watch.asked) << "every answer within 100 ms";
+        EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(returned - watch.left).count(), 1000);
+
+        const char* caller = c.onTree ? "OEMPrinterUICallBack" : "ServicePage";
+        EXPECT_TRUE(log.Contains(std::string(caller) + "(): 0=GetQuorlSettings()"));
+        EXPECT_TRUE(log.Contains(std::string(caller) + "(): reading the embosser was cancelled")) << log.Text();
+        EXPECT_EQ(FindNotice(), nullptr);
+        EXPECT_TRUE(IsWindowEnabled(p.sheet->window()));
+        ASSERT_TRUE(c.onTree ? p.sheet->ShowPluginPage(0) != nullptr : p.sheet->ShowHostPage(p.tree));
+        ASSERT_TRUE(p.sheet->ShowHostPage(p.tree));
+        EXPECT_FALSE(p.tree->ControlUsable(230)) << "items disabled as for an unreachable embosser";
+        const HWND service = p.sheet->ShowPluginPage(0);
+        EXPECT_FALSE(Enabled(service, IDC_OPEN_PRINTER_EXTENSION));
+        EXPECT_EQ(embosser->ConnectionCount(), connections + 1) << "asked once";
+    }
+}
+
+// A slow embosser still delivers its values while the notice is shown; one that takes no
+// connection is given up after the connection's budget, the notice shown all along.
+TEST(ReadingNotice, SlowEmbosserDeliversItsValuesAndAnUnreachableOneIsGivenUpAfterItsBudget) {
     auto slow = devicetest::Simulating("127.77.12.4", embosser_sim::Behaviour::Trickle);
     slow.trickleChunk = embosser_sim::SampleReply().size() / 2 + 1;
-    slow.trickleDelayMs = 1500;
-    for (const bool onTree : {false, true}) {
-        SCOPED_TRACE(onTree ? "Device Settings" : "Service");
+    slow.trickleDelayMs = 3000;
+    struct Case {
+        bool onTree;
+        embosser_sim::Behaviour behaviour;
+    } const cases[] = {{false, embosser_sim::Behaviour::Trickle}, {true, embosser_sim::Behaviour::Unreachable}};
+    for (const Case& c : cases) {
+        const bool known = c.behaviour == embosser_sim::Behaviour::Trickle;
+        SCOPED_TRACE(known ? "slow" : "unreachable");
+        slow.behaviour = c.behaviour;
         auto embosser = devicetest::StartSimulator(slow);
         ServiceSheet p("127.77.12.4");
         TraceLog log;
-        ReadWatch watch(GetCurrentThreadId(), *embosser);
-        ASSERT_NE(p.Open(onTree), nullptr) << testenv::Narrow(p.log.Text());
+        ReadWatch watch(GetCurrentThreadId(), *embosser, 500, Leave::Wait);
+        const auto opened = std::chrono::steady_clock::now();
+        ASSERT_NE(p.Open(c.onTree), nullptr) << testenv::Narrow(p.log.Text());
+        const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - opened);
         watch.Join();
-        EXPECT_TRUE(watch.shown && watch.painted && watch.waitCursor)
-            << watch.shown << watch.painted << watch.waitCursor;
-        EXPECT_EQ(FindWindowW(L"Static", ReadWatch::kNotice), nullptr);
+        EXPECT_TRUE(watch.painted && watch.focusOnCancel && watch.waitCursor);
+        EXPECT_EQ(watch.answers, watch.asked);
+        EXPECT_EQ(FindNotice(), nullptr);
         EXPECT_NE(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
-        EXPECT_TRUE(log.Contains(onTree ? "OEMPrinterUICallBack(): 1=GetQuorlSettings()"
-                                        : "ServicePage(): 1=GetQuorlSettings()"));
+        EXPECT_GE(took.count(), known ? 3000 : 10000);
+        EXPECT_LT(took.count(), known ? 8000 : 13000);
+        const char* caller = c.onTree ? "OEMPrinterUICallBack" : "ServicePage";
+        EXPECT_TRUE(log.Contains(std::string(caller) + (known ? "(): 1=GetQuorlSettings()" : "(): 0=GetQuorlSettings()")));
+        EXPECT_EQ(log.Contains("GetLegacyDataNetwork(): 10060=connect()"), !known);
+        ASSERT_TRUE(p.sheet->ShowHostPage(p.tree));
+        EXPECT_EQ(p.tree->ControlUsable(230), known);
+        if (known) EXPECT_EQ(p.tree->ControlText(230), L"40");
     }
 }
 
@@ -151,6 +244,7 @@ TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTh
     ServiceSheet p("127.77.12.1");
     ASSERT_TRUE(p.extension.placed());
     SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"3 Out of paper");
+    TraceLog log;
     const HWND page = p.Open();
     ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
     EXPECT_EQ(p.sheet->TabTitles(), (std::vector<std::wstring>{L"Device Settings", L"Service"}));
@@ -169,6 +263,13 @@ TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTh
     ASSERT_TRUE(Click(page, IDC_ENABLE_STATUS_MONITORING, false));
     EXPECT_EQ(p.Monitoring().AsDword(), 0u);
     EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"\r\n\r\n" + kIdentity);
+    // The timer's rebuild of the same text leaves the caret where a screen reader put it.
+    SendDlgItemMessageW(page, IDC_PRINTER_STATUS, EM_SETSEL, 6, 12);
+    const int runs = TimerRuns(log);
+    EXPECT_TRUE(p.PumpUntil([&] { return TimerRuns(log) > runs; }, 5000));
+    DWORD from = 0, to = 0;
+    SendDlgItemMessageW(page, IDC_PRINTER_STATUS, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
+    EXPECT_EQ(std::make_pair(from, to), std::make_pair(DWORD{6}, DWORD{12}));
 
     ASSERT_TRUE(Click(page, IDC_PRINT_TEST_PAGE, true) && Click(page, IDC_SERIAL_SETTINGS, true));
     wchar_t calls[512] = {};

@@ -58,7 +58,7 @@ TEST(DialogTemplates, NameTheirControlsKeepTabOrderAndShareOnlyKnownAccessKeys) 
     }
     EXPECT_EQ(names, (Lines{"IDD_CUSTOM_FORM", "IDD_CUSTOM_MEDIA_TYPE", "IDD_DEVICE_SERVICE", "IDD_LAYOUT_ADVANCED",
                             "IDD_LAYOUT_PAGE", "IDD_PAPER_ADVANCED", "IDD_PAPER_PAGE", "IDD_QUORL_ADVANCED",
-                            "IDD_QUORL_PAGE", "IDD_TWO_IN_ONE_WARNING"}));
+                            "IDD_QUORL_PAGE", "IDD_READING_NOTICE", "IDD_TWO_IN_ONE_WARNING"}));
     EXPECT_EQ(found, (Lines{"IDD_PAPER_ADVANCED &A: &Add ... | &Add Custom Form ... | &Apply",
                             "IDD_PAPER_ADVANCED &E: &Edit ... | &English"}));
 }
