@@ -82,6 +82,16 @@ void RequestPrinterService(HWND hDlg, UIConfig& config, void* request, uint32_t 
     Trace(L"DeviceServicePropPageProc(): %u=DllExportPrinterService(%u)\n", static_cast<unsigned>(result), service);
 }
 
+// The timer rebuilds the status every few seconds: writing the same text again would put
+// the caret back to the start under a screen reader's cursor and scroll the box.
+void SetTextIfChanged(HWND control, const wchar_t* text) {
+    wchar_t shown[kStatusCapacity] = {};
+    const int length = GetWindowTextW(control, shown, static_cast<int>(kStatusCapacity));
+    if (length >= static_cast<int>(kStatusCapacity) - 1 || wcscmp(shown, text) != 0) {
+        SetWindowTextW(control, text);
+    }
+}
+
 void RunStatusTimerNow(HWND hDlg) { DeviceServiceTimerProc(hDlg, WM_TIMER, kServiceStatusTimer, 0); }
 
 void InitServicePage(HWND hDlg, const PROPSHEETPAGEW* page) {
@@ -163,7 +173,7 @@ int UpdatePrinterStatusString(HWND hDlg, UIConfig* pConfig) {
                      (firmware >> 8) & 0xFFu, firmware & 0xFFu);
         AppendStatus(text, L"\r\n%ws %ws", GetLocalString(pConfig, IDS_MODEL_NUMBER), pConfig->ModelNumber);
     }
-    SetDlgItemTextW(hDlg, IDC_PRINTER_STATUS, text);
+    SetTextIfChanged(GetDlgItem(hDlg, IDC_PRINTER_STATUS), text);
     return known ? 1 : 0;
 }
 
