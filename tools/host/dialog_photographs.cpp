@@ -48,7 +48,7 @@ const std::vector<PageDialogs>& Walk() {
 // The dialog is first moved clear of its owner, into the screen's upper or else lower
 // right corner: under Wine without a window manager, a dialog that lies wholly within
 // its owner shows black on the root window that the screenshot reads.
-void PhotographAndClose(HWND dialog, const DialogShot& shot, const std::wstring& path, HostLog& log) {
+void MoveClearOfOwner(HWND dialog) {
     RECT bounds = {};
     RECT owner = {};
     GetWindowRect(dialog, &bounds);
@@ -62,6 +62,10 @@ void PhotographAndClose(HWND dialog, const DialogShot& shot, const std::wstring&
     }
     SetWindowPos(dialog, nullptr, place.left, place.top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     Sleep(400);  // moved and painted
+}
+
+void PhotographAndClose(HWND dialog, const DialogShot& shot, const std::wstring& path, HostLog& log) {
+    MoveClearOfOwner(dialog);
     SaveScreenshot(path, &log, dialog);
     for (const DialogShot& inner : shot.nested) {
         if (!PostClick(dialog, inner.button)) {
@@ -80,6 +84,12 @@ void PhotographAndClose(HWND dialog, const DialogShot& shot, const std::wstring&
 }
 
 }  // namespace
+
+void PhotographReadingNoticeAndCancel(HWND notice, const std::wstring& path, HostLog& log) {
+    MoveClearOfOwner(notice);
+    SaveScreenshot(path, &log, notice);
+    PostClick(notice, IDCANCEL);
+}
 
 void PhotographPageDialogs(PropertySheetHost& sheet, HWND page, const std::wstring& title,
                            const std::wstring& pagePath, HostLog& log) {

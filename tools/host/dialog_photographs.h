@@ -18,4 +18,9 @@ namespace ozdkhost {
 void PhotographPageDialogs(PropertySheetHost& sheet, HWND page, const std::wstring& title,
                            const std::wstring& pagePath, HostLog& log);
 
+// On a thread of the script, while the plug-in reads a silent or unreachable embosser:
+// photographs the notice `notice` as <path> and presses its "Cancel", as a person who
+// does not want to wait would.
+void PhotographReadingNoticeAndCancel(HWND notice, const std::wstring& path, HostLog& log);
+
 }  // namespace ozdkhost

@@ -1,5 +1,6 @@
 #include "tools/host/host_library.h"
 
+#include "tools/host/dialog_driver.h"
 #include "tools/host/dialog_photographs.h"
 #include "tools/host/dialog_template.h"
 #include "tools/host/option_tree_page.h"
@@ -1122,7 +1123,18 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
     if (options.interactive) {
         return sheet.ShowModal() >= 0;
     }
-    if (sheet.ShowModeless() == nullptr) {
+    // A read of the embosser that keeps the sheet waiting (a silent or unreachable one)
+    // shows its notice while the sheet opens: photographed, then cancelled.
+    std::unique_ptr<DialogScript> reading;
+    if (kind == SheetKind::Printer && options.showDeviceSettings && !options.screenshotPath.empty()) {
+        const std::wstring shot = ScreenshotPathFor(options.screenshotPath, L"printer-reading");
+        reading = std::make_unique<DialogScript>(printer.name(), [shot, &log](HWND notice) {
+            PhotographReadingNoticeAndCancel(notice, shot, log);
+        }, 3000);
+    }
+    const HWND opened = sheet.ShowModeless();
+    reading.reset();  // the read is over: a notice not seen by now was never needed
+    if (opened == nullptr) {
         return false;
     }
     sheet.PumpMessages(options.showMilliseconds);
