@@ -169,7 +169,7 @@ TEST(DeviceReadWorker, CancelledWhereverItWaitsEndsAtOnceAndTakesNothing) {
         testenv::TraceLog log;
         DeviceReadWorker worker;
         ASSERT_TRUE(worker.Start(*config));
-        Sleep(1500);
+        ASSERT_EQ(WaitForSingleObject(worker.thread(), 1500), static_cast<DWORD>(WAIT_TIMEOUT)) << "still waiting";
         const auto cancelled = std::chrono::steady_clock::now();
         worker.Cancel();
         worker.Join();

@@ -119,19 +119,22 @@ struct ReadWatch {
 
     void Watch(DWORD pageThread, const embosser_sim::Simulator& embosser, int before, DWORD watchMs, Leave leave) {
         for (int i = 0; i < 300 && embosser.ConnectionCount() == before; ++i) Sleep(20);
-        Sleep(300);
-        const HWND notice = FindNotice();
-        if (notice == nullptr) return;
-        const HWND cancel = GetDlgItem(notice, IDCANCEL);
-        sheetDisabled = !IsWindowEnabled(GetWindow(notice, GW_OWNER));
-        painted = !GetUpdateRect(notice, nullptr, FALSE);
+        // The notice, once it is shown, painted and holds the focus (at most 2 s).
+        HWND notice = nullptr, cancel = nullptr;
         GUITHREADINFO gui = {sizeof(gui)};
-        focusOnCancel = GetGUIThreadInfo(pageThread, &gui) && gui.hwndFocus == cancel;
+        for (int i = 0; i < 100 && !(painted && focusOnCancel); ++i, Sleep(20)) {
+            notice = FindNotice();
+            cancel = notice != nullptr ? GetDlgItem(notice, IDCANCEL) : nullptr;
+            painted = notice != nullptr && !GetUpdateRect(notice, nullptr, FALSE);
+            focusOnCancel = notice != nullptr && GetGUIThreadInfo(pageThread, &gui) && gui.hwndFocus == cancel;
+        }
+        if (notice == nullptr) return;
+        sheetDisabled = !IsWindowEnabled(GetWindow(notice, GW_OWNER));
         AttachThreadInput(GetCurrentThreadId(), pageThread, TRUE);
         waitCursor = GetCursor() == LoadCursorW(nullptr, IDC_WAIT);
         AttachThreadInput(GetCurrentThreadId(), pageThread, FALSE);
         const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(watchMs);
-        do {
+        for (bool first = true; first || std::chrono::steady_clock::now() < until; first = false, Sleep(50)) {
             DWORD_PTR answer = 0;
             wchar_t text[64] = {};
             answers += SendMessageTimeoutW(GetWindow(notice, GW_OWNER), WM_NULL, 0, 0, SMTO_NORMAL, 100, &answer) != 0;
@@ -139,8 +142,7 @@ struct ReadWatch {
                                            reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 100, &answer) != 0 &&
                        std::wstring(text) == kNotice;
             asked += 2;
-            Sleep(50);
-        } while (std::chrono::steady_clock::now() < until);
+        }
         left = std::chrono::steady_clock::now();
         if (leave == Leave::ClickCancel) PostMessageW(cancel, BM_CLICK, 0, 0);
         if (leave == Leave::PressEsc) PostMessageW(cancel, WM_KEYDOWN, VK_ESCAPE, 1);
