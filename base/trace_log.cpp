@@ -59,16 +59,21 @@ void WriteLine(FILE* file, const wchar_t* format, va_list args) {
     fwrite(narrow.bytes(), 1, static_cast<size_t>(bytes), file);
 }
 
+// A page's thread and the worker that reads the embosser may trace at the same time:
+// one line is written whole before the next file opening.
+SRWLOCK gTraceLock = SRWLOCK_INIT;
+
 }  // namespace
 
 void Trace(const wchar_t* format, ...) {
+    AcquireSRWLockExclusive(&gTraceLock);
     FILE* file = _wfopen(TraceLogPath(), L"a+");
-    if (file == nullptr) {
-        return;  // no maker folder: logging is off
+    if (file != nullptr) {  // without the maker's folder logging is off
+        va_list args;
+        va_start(args, format);
+        WriteLine(file, format, args);
+        va_end(args);
+        fclose(file);
     }
-    va_list args;
-    va_start(args, format);
-    WriteLine(file, format, args);
-    va_end(args);
-    fclose(file);
+    ReleaseSRWLockExclusive(&gTraceLock);
 }
