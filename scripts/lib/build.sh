@@ -3,7 +3,7 @@ configure_and_build_windows() {
     local build_dir=$1
     cmake -S "$OZDK_ROOT" -B "$build_dir" -G Ninja \
         -DCMAKE_TOOLCHAIN_FILE="$OZDK_ROOT/cmake/mingw-w64-x86_64.cmake" \
-        -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+        -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null || return 1
     cmake --build "$build_dir" -- -j"$(nproc)"
 }
 
