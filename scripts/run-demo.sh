@@ -1,12 +1,20 @@
 #!/usr/bin/env bash
 # The main job: builds ozdkrnui.dll and the host that loads it like the printer driver's
-# user-interface host, starts the embosser simulator on 127.0.0.2:80, prepares a Wine
-# prefix with a demo printer of the test driver whose port is a Standard TCP/IP port of
-# that embosser, and opens the printer's printing preferences and properties with the
-# plug-in's pages. The properties open on the "Device Settings" page, so the plug-in
-# reads the embosser's settings and shows them in its item tree.
+# user-interface host, starts the embosser simulator on 127.0.0.2 (settings query on
+# port 80, raw print port 9100), prepares a Wine prefix with a demo printer of the test
+# driver whose port is a Standard TCP/IP port of that embosser, and opens the printer's
+# printing preferences and properties with the plug-in's pages. The properties open on
+# the "Device Settings" page, so the plug-in reads the embosser's settings and shows
+# them in its item tree.
 #
-# With a display ($DISPLAY set) the sheets open on it for a person, one after the other.
+# The printer's jobs travel as a Standard TCP/IP port sends them: Wine has no such port,
+# so the printer's port is a pipe to raw_job_sender (built with the simulator), which
+# sends each job over TCP to 127.0.0.2:9100 and keeps a copy in $BUILD_DIR/demo/jobs.prn.
+# What the embosser takes from them it keeps until it is stopped, so a change applied in
+# "Device Settings" is what the next sheet reads.
+#
+# With a display ($DISPLAY set) the sheets open on it for a person, one after the other,
+# and then the printer's properties once more, to see what was applied read back.
 # Without one they open on a private Xvfb screen, are photographed and closed: the
 # printing preferences once per page of the plug-in, each brought to the front in turn
 # ($BUILD_DIR/demo/screenshot-layout.png, screenshot-paper-media.png,
@@ -15,7 +23,10 @@
 # -custom-media-type and -add-form dialogs, screenshot-quorl-advanced.png,
 # screenshot-quorl-2-in-1.png), the properties on their Device Settings page
 # (screenshot-printer.png) and on the plug-in's Service page, which shows the
-# embosser's identity (screenshot-printer-service.png). The paths are printed at the end.
+# embosser's identity (screenshot-printer-service.png). Then the full cycle: a new sheet
+# sets "Top Margin" to 1.00, applies and closes, and a further one reads the embosser
+# again and is photographed (screenshot-printer-after-apply.png). The paths are printed
+# at the end.
 #
 # What the embosser does, to see what a person sees with a broken one:
 #   --reply FILE    answers with the file's bytes (as they stand when they begin with
@@ -26,14 +37,15 @@
 # Environment: BUILD_DIR (default ./build).
 set -uo pipefail
 SIMULATOR_ARGS=()
+ANSWERING=1  # the embosser answers the settings query
 while [ $# -gt 0 ]; do
     case "$1" in
         --reply)
             [ $# -ge 2 ] && [ -r "$2" ] || { echo "--reply needs a readable file" >&2; exit 2; }
             SIMULATOR_ARGS+=(--reply "$(cd "$(dirname "$2")" && pwd)/$(basename "$2")")
             shift 2 ;;
-        --silent) SIMULATOR_ARGS+=(--mode silent); shift ;;
-        --unreachable) SIMULATOR_ARGS+=(--mode unreachable); shift ;;
+        --silent) SIMULATOR_ARGS+=(--mode silent); ANSWERING=; shift ;;
+        --unreachable) SIMULATOR_ARGS+=(--mode unreachable); ANSWERING=; shift ;;
         *) echo "usage: $0 [--reply FILE | --silent | --unreachable]" >&2; exit 2 ;;
     esac
 done
@@ -56,11 +68,10 @@ HOST="$BUILD_DIR/win/tools/host/ozdk_host.exe"
 PRINTER="Tavrolin Demo"
 EMBOSSER_ADDRESS=127.0.0.2
 
-echo "== starting the embosser simulator on $EMBOSSER_ADDRESS:80"
-SIMULATOR=$(bash "$OZDK_ROOT/scripts/build-simulator.sh" | tail -n 1) || {
-    echo "the embosser simulator could not be built"
-    exit 1
-}
+echo "== starting the embosser simulator on $EMBOSSER_ADDRESS:80 and :9100"
+SIMULATOR="$BUILD_DIR/win/native/embosser_simulator"
+SENDER="$BUILD_DIR/win/native/raw_job_sender"
+rm -f "$DEMO_DIR/jobs.prn"
 SIMULATOR_LOG="$DEMO_DIR/simulator.log"
 "$SIMULATOR" --address "$EMBOSSER_ADDRESS" --port 80 "${SIMULATOR_ARGS[@]}" >"$SIMULATOR_LOG" 2>&1 &
 SIMULATOR_PID=$!
@@ -79,7 +90,7 @@ for _ in $(seq 50); do
     sleep 0.1
 done
 if ! grep -q "^embosser_simulator: [a-z]* on" "$SIMULATOR_LOG"; then
-    echo "the embosser simulator did not start on $EMBOSSER_ADDRESS:80:"
+    echo "the embosser simulator did not start on $EMBOSSER_ADDRESS:80 and :9100:"
     cat "$SIMULATOR_LOG"
     exit 1
 fi
@@ -92,17 +103,32 @@ if ! prepare_test_prefix "$BUILD_DIR/win"; then
     echo "the Wine prefix could not be prepared"
     exit 1
 fi
-"$WINE64" "$HOST" --add-printer "$PRINTER" --driver "Test Embosser" --port "|cat >> $DEMO_DIR/jobs.prn" \
+"$WINE64" "$HOST" --add-printer "$PRINTER" --driver "Test Embosser" --port "|$SENDER $EMBOSSER_ADDRESS:9100 --copy $DEMO_DIR/jobs.prn" \
     --network-host "$EMBOSSER_ADDRESS" || exit 1
 
 echo "== opening the printer's sheets"
 if [ -n "${OZDK_USE_DISPLAY:-}" ]; then
     "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --interactive
     status=$?
+    if [ $status -eq 0 ] && [ -n "$ANSWERING" ]; then
+        echo "== the printer's properties once more: what you applied, read back from the embosser"
+        "$WINE64" "$HOST" --printer "$PRINTER" --sheet printer --show-device-settings --interactive
+        status=$?
+    fi
 else
     rm -f "$DEMO_DIR"/screenshot*.png
     "$WINE64" "$HOST" --printer "$PRINTER" --show-device-settings --screenshot "$DEMO_DIR/screenshot.png"
     status=$?
+    if [ $status -eq 0 ] && [ -n "$ANSWERING" ]; then
+        echo "== the full cycle: Top Margin 1.00 applied, then read back by a new sheet"
+        "$WINE64" "$HOST" --printer "$PRINTER" --sheet printer --show-device-settings --no-call-log \
+            --set-device-item 40=1.00 --apply &&
+            "$WINE64" "$HOST" --printer "$PRINTER" --sheet printer --show-device-settings --no-call-log \
+                --screenshot "$DEMO_DIR/screenshot-printer-after-apply.png"
+        status=$?
+        # The Service page photographed with it is the one above.
+        rm -f "$DEMO_DIR/screenshot-printer-after-apply-service.png"
+    fi
     for shot in "$DEMO_DIR"/screenshot*.png; do
         [ -f "$shot" ] && echo "screenshot: $shot"
     done

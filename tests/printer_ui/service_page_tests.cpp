@@ -232,7 +232,9 @@ TEST(ReadingNotice, SlowEmbosserDeliversItsValuesAndAnUnreachableOneIsGivenUpAft
         EXPECT_EQ(log.Contains("GetLegacyDataNetwork(): 10060=connect()"), !known);
         ASSERT_TRUE(p.sheet->ShowHostPage(p.tree));
         EXPECT_EQ(p.tree->ControlUsable(230), known);
-        if (known) EXPECT_EQ(p.tree->ControlText(230), L"40");
+        if (known) {
+            EXPECT_EQ(p.tree->ControlText(230), L"40");
+        }
     }
 }
 

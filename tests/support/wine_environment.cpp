@@ -105,13 +105,19 @@ StoredValue ReadPrinterData(HANDLE printer, const wchar_t* key, const wchar_t* n
     return value;
 }
 
-TestPrinter::TestPrinter(const wchar_t* stem) : name_(UniqueName(stem)) {
+std::string RawJobSenderPath() {
+    const char* build = std::getenv("OZDK_BUILD_DIR");
+    return std::string(build != nullptr ? build : "") + "/native/raw_job_sender";
+}
+
+TestPrinter::TestPrinter(const wchar_t* stem, const char* embosser) : name_(UniqueName(stem)) {
     static int jobFiles = 0;
     const std::string jobs = WorkDirectoryUnix() + "/jobs-" + std::to_string(GetCurrentProcessId()) + "-" +
                              std::to_string(++jobFiles) + ".prn";
     jobsFile_ = WindowsPath(jobs);
     DeleteFileW(jobsFile_.c_str());
-    port_ = L"|cat >> " + Widen(jobs);
+    port_ = embosser == nullptr ? L"|cat >> " + Widen(jobs)
+                                : L"|" + Widen(RawJobSenderPath() + " " + embosser + ":9100 --copy " + jobs);
 
     ozdkhost::AddPrinterOfDriver(name_, L"Test Embosser", port_);
     PRINTER_DEFAULTSW defaults = {nullptr, nullptr, PRINTER_ALL_ACCESS};

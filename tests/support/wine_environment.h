@@ -42,10 +42,12 @@ struct StoredValue {
 StoredValue ReadPrinterData(HANDLE printer, const wchar_t* key, const wchar_t* name);  // key null: top level
 
 // A printer of the test driver whose raw jobs are appended to a file of its own.
-// Created for one test and deleted with it.
+// Created for one test and deleted with it. With `embosser` (a loopback address) its
+// port also delivers each job to that address's raw print port (9100), as a Standard
+// TCP/IP port does: the pipe runs the build's native raw_job_sender.
 class TestPrinter {
 public:
-    explicit TestPrinter(const wchar_t* stem = L"Ozdk Test");
+    explicit TestPrinter(const wchar_t* stem = L"Ozdk Test", const char* embosser = nullptr);
     ~TestPrinter();
     TestPrinter(const TestPrinter&) = delete;
     TestPrinter& operator=(const TestPrinter&) = delete;
@@ -70,6 +72,9 @@ private:
 };
 
 std::wstring StandardTcpIpPortPath(const std::wstring& portName);
+
+// The Unix path of the native sender a raw-port printer's pipe runs.
+std::string RawJobSenderPath();
 
 // The plug-in's trace log in the common application-data folder. The constructor starts
 // each test with an empty log.

@@ -14,6 +14,7 @@ constexpr int kRequestWaitMs = 3000;
 constexpr int kPollMs = 20;
 constexpr int kMaxBacklogFillers = 8;
 constexpr int kFillerWaitMs = 300;  // a loopback connection the queue has room for is taken by then
+constexpr int kJobIdleMs = 5000;    // a job whose sender sends nothing for this long has ended
 
 bool ParseIpv4(const std::string& dotted, uint32_t* hostOrder) {
     in_addr address;
@@ -107,20 +108,43 @@ const char* BehaviourName(Behaviour behaviour) {
 }
 
 Simulator::Simulator(Options options) : options_(std::move(options)) {
-    reply_ = options_.reply.empty() ? SampleReply() : options_.reply;
-    if (options_.behaviour == Behaviour::Flood) {
-        reply_ = PaddedReply(reply_, options_.floodBytes);
-    }
+    startingReply_ = options_.reply.empty() ? SampleReply() : options_.reply;
 }
 
 Simulator::~Simulator() { Stop(); }
 
+bool Simulator::Listen(uint32_t address, uint16_t port, int backlog, simsock::Socket* listener,
+                       std::string* error) {
+    *listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+    if (*listener == simsock::kInvalid) {
+        *error = "socket() failed, error " + std::to_string(simsock::LastError());
+        return false;
+    }
+    simsock::SetReuseAddress(*listener);
+    sockaddr_in local = {};
+    local.sin_family = AF_INET;
+    local.sin_port = htons(port);
+    local.sin_addr.s_addr = htonl(address);
+    if (bind(*listener, reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0) {
+        *error = "bind(" + options_.address + ":" + std::to_string(port) + ") failed, error " +
+                 std::to_string(simsock::LastError());
+        return false;
+    }
+    // A refusing device keeps its address but never listens: connects are turned away.
+    if (backlog >= 0 && listen(*listener, backlog) != 0) {
+        *error = "listen() failed, error " + std::to_string(simsock::LastError());
+        return false;
+    }
+    return true;
+}
+
 bool Simulator::Start(std::string* error) {
-    auto fail = [&](const std::string& reason) {
-        if (error != nullptr) *error = reason;
-        if (listener_ != simsock::kInvalid) {
-            simsock::Close(listener_);
-            listener_ = simsock::kInvalid;
+    std::string reason;
+    auto fail = [&](const std::string& why) {
+        if (error != nullptr) *error = why;
+        for (simsock::Socket* listener : {&listener_, &rawListener_}) {
+            if (*listener != simsock::kInvalid) simsock::Close(*listener);
+            *listener = simsock::kInvalid;
         }
         return false;
     };
@@ -133,41 +157,37 @@ bool Simulator::Start(std::string* error) {
         socketsStarted_ = true;
     }
 
-    listener_ = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-    if (listener_ == simsock::kInvalid) return fail("socket() failed, error " + std::to_string(simsock::LastError()));
-    simsock::SetReuseAddress(listener_);
-    sockaddr_in local = {};
-    local.sin_family = AF_INET;
-    local.sin_port = htons(options_.port);
-    local.sin_addr.s_addr = htonl(address);
-    if (bind(listener_, reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0) {
-        return fail("bind(" + options_.address + ":" + std::to_string(options_.port) + ") failed, error " +
-                    std::to_string(simsock::LastError()));
-    }
-    // A refusing device keeps its address but never listens: connects are turned away.
-    // An unreachable one listens with the smallest queue, which FillBacklog keeps full.
+    // An unreachable device listens with the smallest queue, which FillBacklog keeps full.
     const bool unreachable = options_.behaviour == Behaviour::Unreachable;
-    if (options_.behaviour != Behaviour::Refuse && listen(listener_, unreachable ? 0 : 8) != 0) {
-        return fail("listen() failed, error " + std::to_string(simsock::LastError()));
+    const bool refusing = options_.behaviour == Behaviour::Refuse;
+    if (!Listen(address, options_.port, refusing ? -1 : unreachable ? 0 : 8, &listener_, &reason)) return fail(reason);
+    const bool printing = options_.rawPort != 0 && !unreachable && !refusing;
+    if (printing && !Listen(address, options_.rawPort, 8, &rawListener_, &reason)) return fail(reason);
+    {
+        // A restart is a power cycle: the device comes back with its starting settings.
+        std::lock_guard<std::mutex> lock(stateLock_);
+        settings_ = StoredSettings(startingReply_);
     }
     stopping_ = false;
     started_ = true;
     if (unreachable) {
         FillBacklog(address);
-    } else if (options_.behaviour != Behaviour::Refuse) {
+    } else if (!refusing) {
         thread_ = std::thread([this] { Serve(); });
     }
+    if (printing) rawThread_ = std::thread([this] { ServeJobs(); });
     return true;
 }
 
 void Simulator::Stop() {
     stopping_ = true;
     if (thread_.joinable()) thread_.join();
+    if (rawThread_.joinable()) rawThread_.join();
     for (simsock::Socket filler : fillers_) simsock::Close(filler);
     fillers_.clear();
-    if (listener_ != simsock::kInvalid) {
-        simsock::Close(listener_);
-        listener_ = simsock::kInvalid;
+    for (simsock::Socket* listener : {&listener_, &rawListener_}) {
+        if (*listener != simsock::kInvalid) simsock::Close(*listener);
+        *listener = simsock::kInvalid;
     }
     started_ = false;
     if (socketsStarted_) {
@@ -195,8 +215,57 @@ void Simulator::FillBacklog(uint32_t address) {
 }
 
 std::string Simulator::LastRequest() const {
-    std::lock_guard<std::mutex> lock(lastRequestLock_);
+    std::lock_guard<std::mutex> lock(stateLock_);
     return lastRequest_;
+}
+
+std::vector<std::string> Simulator::Events() const {
+    std::lock_guard<std::mutex> lock(stateLock_);
+    return events_;
+}
+
+std::string Simulator::CurrentReply() const {
+    std::lock_guard<std::mutex> lock(stateLock_);
+    return settings_.Reply();
+}
+
+void Simulator::ServeJobs() {
+    while (!stopping_) {
+        if (simsock::WaitReadable(rawListener_, kPollMs) != 1) continue;
+        simsock::Socket connection = accept(rawListener_, nullptr, nullptr);
+        if (connection == simsock::kInvalid) continue;
+        TakeJob(connection);
+        simsock::Close(connection);
+    }
+}
+
+// Reads one job until the sender closes its side (or goes quiet, or the job reaches
+// the bound), acts on it, and closes: the sender knows then that the job was taken.
+void Simulator::TakeJob(simsock::Socket connection) {
+    std::string job;
+    size_t cutAt = 0;
+    char chunk[4096];
+    auto lastData = std::chrono::steady_clock::now();
+    while (!stopping_) {
+        if (std::chrono::steady_clock::now() - lastData >= std::chrono::milliseconds(kJobIdleMs)) break;
+        const int ready = simsock::WaitReadable(connection, kPollMs);
+        if (ready < 0) break;
+        if (ready == 0) continue;
+        const int received = simsock::Receive(connection, chunk, sizeof(chunk));
+        if (received <= 0) break;
+        lastData = std::chrono::steady_clock::now();
+        job.append(chunk, static_cast<size_t>(received));
+        if (job.size() >= options_.jobLimit) {
+            cutAt = options_.jobLimit;
+            job.resize(cutAt);
+            break;
+        }
+    }
+    const int number = ++jobs_;
+    std::lock_guard<std::mutex> lock(stateLock_);
+    events_.push_back("job " + std::to_string(number) + ": " + std::to_string(job.size()) + " bytes" +
+                      (cutAt != 0 ? ", cut off at the limit of " + std::to_string(cutAt) + " bytes" : ""));
+    for (const std::string& line : settings_.TakeJob(job, cutAt)) events_.push_back("  " + line);
 }
 
 void Simulator::Serve() {
@@ -256,21 +325,23 @@ void Simulator::WaitForPeerToClose(simsock::Socket connection) {
 }
 
 void Simulator::Answer(simsock::Socket connection) {
+    std::string reply = CurrentReply();
+    if (options_.behaviour == Behaviour::Flood) reply = PaddedReply(reply, options_.floodBytes);
     switch (options_.behaviour) {
         case Behaviour::Silent:
             WaitForPeerToClose(connection);
             return;
         case Behaviour::Trickle: {
             const size_t chunk = options_.trickleChunk == 0 ? 1 : options_.trickleChunk;
-            for (size_t sent = 0; sent < reply_.size(); sent += chunk) {
+            for (size_t sent = 0; sent < reply.size(); sent += chunk) {
                 if (sent > 0 && !Sleep(options_.trickleDelayMs)) return;
-                const size_t length = reply_.size() - sent < chunk ? reply_.size() - sent : chunk;
-                if (!SendAll(connection, reply_.data() + sent, length)) return;
+                const size_t length = reply.size() - sent < chunk ? reply.size() - sent : chunk;
+                if (!SendAll(connection, reply.data() + sent, length)) return;
             }
             break;
         }
         case Behaviour::HoldOpen:
-            SendAll(connection, reply_.data(), reply_.size());
+            SendAll(connection, reply.data(), reply.size());
             ++answered_;
             WaitForPeerToClose(connection);
             return;
@@ -278,7 +349,7 @@ void Simulator::Answer(simsock::Socket connection) {
         case Behaviour::Flood:
         case Behaviour::Refuse:
         case Behaviour::Unreachable:
-            if (!SendAll(connection, reply_.data(), reply_.size())) return;
+            if (!SendAll(connection, reply.data(), reply.size())) return;
             break;
     }
     ++answered_;
@@ -289,10 +360,12 @@ void Simulator::HandleConnection(simsock::Socket connection) {
     std::string request;
     if (!ReadRequest(connection, &request)) return;
     {
-        std::lock_guard<std::mutex> lock(lastRequestLock_);
-        lastRequest_ = request;
+        std::lock_guard<std::mutex> lock(stateLock_);
+        lastRequest_ = request;  // before the count, which tells that it is there
+        const int number = ++requests_;
+        events_.push_back("request " + std::to_string(number) + ": " + std::to_string(request.size()) + " bytes, \"" +
+                          request.substr(0, request.find("\r\n")) + "\"");
     }
-    ++requests_;
     if (request.compare(0, sizeof(kRequestLine) - 1, kRequestLine) != 0) {
         static const char kNotFound[] = "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
         SendAll(connection, kNotFound, sizeof(kNotFound) - 1);

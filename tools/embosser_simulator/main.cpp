@@ -1,13 +1,15 @@
-// embosser_simulator: serves the legacy settings query of a network embosser on a
-// loopback address until interrupted.
+// embosser_simulator: a network embosser on a loopback address until interrupted: the
+// legacy settings query on --port, raw print jobs on --raw-port (0: none).
 //
-//   embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]
+//   embosser_simulator [--address 127.0.0.2] [--port 80] [--raw-port 9100] [--reply FILE]
 //                      [--mode answer|silent|trickle|flood|hold|refuse|unreachable]
 //                      [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]
 //
-// --reply: the file's bytes are sent as they stand when they begin with "HTTP/";
-// otherwise they are the body after an "HTTP/1.1 200 OK" head. Without it a built-in
-// sample reply is sent. One line per request is printed on standard output.
+// --reply: the embosser's starting settings. The file's bytes are sent as they stand
+// when they begin with "HTTP/"; otherwise they are the body after an "HTTP/1.1 200 OK"
+// head. Without it a built-in sample is the start. The settings that jobs commit are
+// kept until the program ends. Each request, job and change is printed on standard
+// output.
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -17,6 +19,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "embosser_simulator.h"
 
@@ -28,7 +31,7 @@ void OnSignal(int) { gInterrupted = true; }
 
 int Usage() {
     std::fprintf(stderr,
-                 "usage: embosser_simulator [--address 127.0.0.2] [--port 80] [--reply FILE]\n"
+                 "usage: embosser_simulator [--address 127.0.0.2] [--port 80] [--raw-port 9100] [--reply FILE]\n"
                  "                          [--mode answer|silent|trickle|flood|hold|refuse|unreachable]\n"
                  "                          [--chunk BYTES] [--delay-ms MS] [--flood-bytes BYTES]\n");
     return 2;
@@ -64,6 +67,8 @@ int main(int argc, char** argv) {
             options.address = value;
         } else if (option == "--port" && ParseNumber(value, 65535, &number) && number > 0) {
             options.port = static_cast<uint16_t>(number);
+        } else if (option == "--raw-port" && ParseNumber(value, 65535, &number)) {
+            options.rawPort = static_cast<uint16_t>(number);
         } else if (option == "--reply") {
             std::string text;
             if (!ReadFile(value, &text)) {
@@ -93,24 +98,23 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "embosser_simulator: %s\n", error.c_str());
         return 1;
     }
-    std::printf("embosser_simulator: %s on %s:%u\n", embosser_sim::BehaviourName(options.behaviour),
-                options.address.c_str(), static_cast<unsigned>(options.port));
+    std::printf("embosser_simulator: %s on %s:%u, raw print port %u\n", embosser_sim::BehaviourName(options.behaviour),
+                options.address.c_str(), static_cast<unsigned>(options.port), static_cast<unsigned>(options.rawPort));
     std::fflush(stdout);
 
-    int reported = 0;
+    size_t reported = 0;
+    auto report = [&] {
+        const std::vector<std::string> events = simulator.Events();
+        for (; reported < events.size(); ++reported) std::printf("%s\n", events[reported].c_str());
+        std::fflush(stdout);
+    };
     while (!gInterrupted) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        const int requests = simulator.RequestCount();
-        for (; reported < requests; ++reported) {
-            const std::string request = simulator.LastRequest();
-            const std::string firstLine = request.substr(0, request.find("\r\n"));
-            std::printf("request %d: %lu bytes, \"%s\"\n", reported + 1, static_cast<unsigned long>(request.size()),
-                        firstLine.c_str());
-        }
-        std::fflush(stdout);
+        report();
     }
     simulator.Stop();
-    std::printf("embosser_simulator: %d connections, %d requests, %d answered\n", simulator.ConnectionCount(),
-                simulator.RequestCount(), simulator.AnsweredCount());
+    report();
+    std::printf("embosser_simulator: %d connections, %d requests, %d answered, %d jobs\n", simulator.ConnectionCount(),
+                simulator.RequestCount(), simulator.AnsweredCount(), simulator.JobCount());
     return 0;
 }

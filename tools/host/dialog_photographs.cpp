@@ -83,9 +83,17 @@ void PhotographAndClose(HWND dialog, const DialogShot& shot, const std::wstring&
     Answer(dialog, shot.closeWith);
 }
 
+constexpr int kPatienceMs = 1000;
+
 }  // namespace
 
 void PhotographReadingNoticeAndCancel(HWND notice, const std::wstring& path, HostLog& log) {
+    // The notice shows for every read; one that answers is over before a person would
+    // give up on it, and is left alone.
+    for (int wait = 0; wait < kPatienceMs / 20; ++wait) {
+        if (!IsWindow(notice)) return;
+        Sleep(20);
+    }
     MoveClearOfOwner(notice);
     SaveScreenshot(path, &log, notice);
     PostClick(notice, IDCANCEL);

@@ -20,7 +20,8 @@ void PhotographPageDialogs(PropertySheetHost& sheet, HWND page, const std::wstri
 
 // On a thread of the script, while the plug-in reads a silent or unreachable embosser:
 // photographs the notice `notice` as <path> and presses its "Cancel", as a person who
-// does not want to wait would.
+// does not want to wait would. A notice gone within a second (the embosser answered) is
+// neither photographed nor cancelled.
 void PhotographReadingNoticeAndCancel(HWND notice, const std::wstring& path, HostLog& log);
 
 }  // namespace ozdkhost

@@ -1107,12 +1107,27 @@ void PhotographPluginPages(PropertySheetHost& sheet, const std::wstring& path, c
     }
 }
 
+// What a person does on the "Device Settings" page: picks the list entry that reads the
+// value, or types it. False when an item could not be changed.
+bool ChangeDeviceItems(PropertySheetHost& sheet, OptionTreePage* tree,
+                       const std::vector<std::pair<BYTE, std::wstring>>& changes, HostLog& log) {
+    bool all = tree != nullptr && sheet.ShowHostPage(tree);
+    for (const auto& [id, value] : changes) {
+        const bool done = tree != nullptr && tree->ChooseOrType(id, value);
+        log.Add(L"host: item %u of Device Settings set to \"%s\": %s", static_cast<unsigned>(id), value.c_str(),
+                done ? L"done" : L"not possible");
+        all = all && done;
+    }
+    return all;
+}
+
 bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object, HMODULE module,
                HostPrinter& printer, HostLog& log) {
     PropertySheetHost sheet(kind, object, module, printer, &log);
     sheet.Prepare();
+    OptionTreePage* tree = nullptr;
     if (kind == SheetKind::Printer && options.deviceSettingsPage) {
-        OptionTreePage* tree = sheet.AddOptionTreePage();
+        tree = sheet.AddOptionTreePage();
         if (tree != nullptr && options.showDeviceSettings) {
             sheet.StartWithHostPage(tree);
         }
@@ -1138,6 +1153,10 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
         return false;
     }
     sheet.PumpMessages(options.showMilliseconds);
+    bool changed = true;
+    if (kind == SheetKind::Printer && !options.deviceItemChanges.empty()) {
+        changed = ChangeDeviceItems(sheet, tree, options.deviceItemChanges, log);
+    }
     if (!options.screenshotPath.empty()) {
         const bool both = options.documentSheet && options.printerSheet;
         if (kind == SheetKind::Document && !sheet.pluginPages().empty()) {
@@ -1154,7 +1173,7 @@ bool ShowSheet(const HostOptions& options, SheetKind kind, PluginObject& object,
         sheet.Apply();
     }
     sheet.Close();
-    return true;
+    return changed;
 }
 
 }  // namespace

@@ -361,6 +361,9 @@ struct HostOptions {
     bool callLogPage = true;      // add the host's "Plug-in Calls" page
     bool deviceSettingsPage = true;  // add the "Device Settings" page with the plug-in's items
     bool showDeviceSettings = false;  // open the printer sheet with "Device Settings" in front
+    // Items of the "Device Settings" page a person changes once the printer sheet is open
+    // (not interactive): UserItemID and the list entry's text, the typed text or number.
+    std::vector<std::pair<BYTE, std::wstring>> deviceItemChanges;
     DWORD showMilliseconds = 1500;  // how long a modeless sheet stays open
     // Unix path X.png of the screenshots; empty: none. The document sheet is photographed
     // once per plug-in page, as X-<tab title>.png (the title in lower case, other

@@ -3,7 +3,7 @@
 //
 //   ozdk_host.exe --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]
 //                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]
-//                 [--show-device-settings] [--no-device-settings]
+//                 [--show-device-settings] [--no-device-settings] [--set-device-item ID=VALUE]...
 //   ozdk_host.exe --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]
 //
 // Without --interactive each sheet is opened without waiting, kept open for --show-ms
@@ -17,6 +17,9 @@
 // The printer sheet carries the host's "Device Settings" page with the option items of
 // the plug-in (unless --no-device-settings); --show-device-settings opens the sheet with
 // that page in front, which makes the plug-in read the device's settings at once.
+// --set-device-item changes an item of that page once the sheet is open, as a person
+// does: ID is the item's UserItemID, VALUE the text of the list entry to pick, or the
+// text or number to type (with --apply, the change is sent to the embosser).
 // --network-host registers the new printer's port as a Standard TCP/IP port of HOST.
 #include <windows.h>
 
@@ -31,7 +34,7 @@ namespace {
 int Usage() {
     std::fputs("usage: ozdk_host --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]\n"
                "                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]\n"
-               "                 [--show-device-settings] [--no-device-settings]\n"
+               "                 [--show-device-settings] [--no-device-settings] [--set-device-item ID=VALUE]...\n"
                "       ozdk_host --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]\n",
                stderr);
     return 2;
@@ -76,6 +79,14 @@ int wmain(int argc, wchar_t** argv) {
             options.showDeviceSettings = true;
         } else if (arg == L"--no-device-settings") {
             options.deviceSettingsPage = false;
+        } else if (arg == L"--set-device-item" && hasValue) {
+            const std::wstring change = argv[++i];
+            const size_t equals = change.find(L'=');
+            const unsigned long id = std::wcstoul(change.c_str(), nullptr, 10);
+            if (equals == std::wstring::npos || id == 0 || id > 255) {
+                return Usage();
+            }
+            options.deviceItemChanges.emplace_back(static_cast<BYTE>(id), change.substr(equals + 1));
         } else if (arg == L"--network-host" && hasValue) {
             networkHost = argv[++i];
         } else {

@@ -872,6 +872,11 @@ bool OptionTreePage::Type(BYTE userItemId, const std::wstring& text) {
     return true;
 }
 
+bool OptionTreePage::ChooseOrType(BYTE userItemId, const std::wstring& value) {
+    const LONG entry = FindEntry(userItemId, value);
+    return entry >= 0 ? Choose(userItemId, entry) : Type(userItemId, value);
+}
+
 bool OptionTreePage::Press(BYTE userItemId) {
     const Row* row = RowOfItem(userItemId);
     if (row == nullptr || row->kind != RowKind::PushButton || !ControlUsable(userItemId)) {

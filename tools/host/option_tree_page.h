@@ -83,6 +83,8 @@ public:
     bool Choose(BYTE userItemId, LONG selection);        // list entry or up-down number
     bool Type(BYTE userItemId, const std::wstring& text);  // edit box or up-down number
     bool Press(BYTE userItemId);                          // push button
+    // The list entry that reads `value`, else `value` typed.
+    bool ChooseOrType(BYTE userItemId, const std::wstring& value);
 
     const std::vector<ItemCallbackRecord>& callbacks() const { return callbacks_; }
     int CountCallbacks(WORD reason) const;
