@@ -239,13 +239,13 @@ void StoredSettings::WriteIntoReply(const std::string& key, const std::string& v
         if (reply_.size() > body && reply_.back() != '\n') reply_ += "\r\n";
         reply_ += key + "=" + value + "\r\n";
     }
-    // A head that gives the body's length must go on telling the truth.
+    // A head that gives the body's length must go on telling the truth (the head lies
+    // before `body`, so the body's start has not moved).
     const size_t length = reply_.find("Content-Length:");
-    if (body > 0 && length != std::string::npos && length < body) {
+    if (length < body) {
         const size_t digits = reply_.find_first_not_of(' ', length + 15);
         const size_t digitsEnd = reply_.find_first_not_of("0123456789", digits);
-        const size_t headEnd = reply_.find("\r\n\r\n");
-        reply_.replace(digits, digitsEnd - digits, std::to_string(reply_.size() - headEnd - 4));
+        reply_.replace(digits, digitsEnd - digits, std::to_string(reply_.size() - body));
     }
 }
 
