@@ -7,6 +7,7 @@
 #include "device/legacy_transports.h"
 #include "device/protocol/decimal_text.h"
 #include "device/protocol/legacy_reply_parser.h"
+#include "device/protocol/legacy_settings_table.h"
 #include "base/heap_memory.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
@@ -15,7 +16,6 @@ namespace {
 
 constexpr DWORD kTextValueBytes = 4096;          // firmware, serial number and model
 constexpr DWORD kBrailleTableValueBytes = 260;   // the braille table name
-constexpr uint32_t kDeviceUnitsPerTwentieth = 36;  // the component stores paper sizes in 1/720 inch
 
 // A text value ended at the size the spooler returned. False when it cannot be read
 // (absent, or longer than `capacityBytes`); `text` then holds an empty string.
@@ -76,6 +76,7 @@ struct StoredNumber {
 };
 
 const StoredNumber kStoredNumbers[] = {
+    // The component stores paper sizes as the embosser gives them, in 1/720 inch.
     {L"EmbsrPaperWidth", [](UIConfig& c, DWORD v) { c.EmbsrPaperWidth = static_cast<int32_t>(v / kDeviceUnitsPerTwentieth); }},
     {L"EmbsrPaperLength", [](UIConfig& c, DWORD v) { c.EmbsrPaperLength = static_cast<int32_t>(v / kDeviceUnitsPerTwentieth); }},
     {L"EmbsrCharsWidth", [](UIConfig& c, DWORD v) { c.EmbsrCharsWidth = static_cast<int32_t>(v); }},

@@ -43,61 +43,33 @@ void SendRawJob(UIConfig& config, const wchar_t* routine, const std::string& com
 
 bool DeviceSettingsKnown(const UIConfig& config) { return config.LegacyParmCount > 0; }
 
-void SendDefault(UIConfig& config, const PjlDefault& command) {
-    switch (command.form) {
-        case PjlValueForm::Number:
-            UpdateLegacyConfig(config, command.key, command.number);
-            break;
-        case PjlValueForm::Switch:
-            UpdateLegacyConfigBool(config, command.key, command.number != 0);
-            break;
-        case PjlValueForm::Word:
-            UpdateLegacyConfigString(config, command.key, command.word);
-            break;
-    }
-}
-
 }  // namespace
 
-void UpdateLegacyConfig(UIConfig& config, const wchar_t* key, uint32_t value) {
-    if (!DeviceSettingsKnown(config) || key == nullptr) {
+void SendLegacyDefault(UIConfig& config, const PjlDefault& command) {
+    if (!DeviceSettingsKnown(config) || command.key == nullptr) {
         return;
     }
-    Trace(L"UpdateLegacyConfig(): updating %s\n", config.PrinterName);
-    Trace(L"UpdateLegacyConfig(): @PJL DEFAULT %ws=%u\n", key, value);
+    const wchar_t* routine = L"UpdateLegacyConfigString";
+    switch (command.form) {
+        case PjlValueForm::Number:
+            routine = L"UpdateLegacyConfig";
+            Trace(L"UpdateLegacyConfig(): updating %s\n", config.PrinterName);
+            Trace(L"UpdateLegacyConfig(): @PJL DEFAULT %ws=%u\n", command.key, command.number);
+            break;
+        case PjlValueForm::Switch:
+            routine = L"UpdateLegacyConfigBool";
+            Trace(L"UpdateLegacyConfigBool(): updating %s\n", config.PrinterName);
+            Trace(L"UpdateLegacyConfigBool(): @PJL DEFAULT %ws=%s\r\n", command.key, command.number != 0 ? L"ON" : L"OFF");
+            break;
+        case PjlValueForm::Word:
+            Trace(L"UpdateLegacyConfigString(): updating %s\n", config.PrinterName);
+            Trace(L"UpdateLegacyConfigString(): @PJL DEFAULT %s=%S\n", command.key, PjlWordText(command).c_str());
+            break;
+    }
     try {
-        SendRawJob(config, L"UpdateLegacyConfig", FormatPjlDefaultNumber(key, value), true);
+        SendRawJob(config, routine, FormatPjlDefault(command), true);
     } catch (const std::bad_alloc&) {
-        Trace(L"UpdateLegacyConfig(): out of memory, nothing sent\n");
-    }
-}
-
-void UpdateLegacyConfigBool(UIConfig& config, const wchar_t* key, bool on) {
-    if (!DeviceSettingsKnown(config) || key == nullptr) {
-        return;
-    }
-    Trace(L"UpdateLegacyConfigBool(): updating %s\n", config.PrinterName);
-    Trace(L"UpdateLegacyConfigBool(): @PJL DEFAULT %ws=%s\r\n", key, on ? L"ON" : L"OFF");
-    try {
-        SendRawJob(config, L"UpdateLegacyConfigBool", FormatPjlDefaultSwitch(key, on), true);
-    } catch (const std::bad_alloc&) {
-        Trace(L"UpdateLegacyConfigBool(): out of memory, nothing sent\n");
-    }
-}
-
-void UpdateLegacyConfigString(UIConfig& config, const wchar_t* key, const char* word) {
-    if (!DeviceSettingsKnown(config) || key == nullptr) {
-        return;
-    }
-    if (word == nullptr) {
-        word = "";
-    }
-    Trace(L"UpdateLegacyConfigString(): updating %s\n", config.PrinterName);
-    Trace(L"UpdateLegacyConfigString(): @PJL DEFAULT %s=%S\n", key, word);
-    try {
-        SendRawJob(config, L"UpdateLegacyConfigString", FormatPjlDefaultWord(key, word), true);
-    } catch (const std::bad_alloc&) {
-        Trace(L"UpdateLegacyConfigString(): out of memory, nothing sent\n");
+        Trace(L"%s(): out of memory, nothing sent\n", routine);
     }
 }
 
@@ -108,12 +80,12 @@ void UpdateNvRamData(UIConfig& config) {
     Trace(L"UpdateNvRamData(): validate\n");
     const NvRamLayoutCheck check = CheckNvRamLayout(config);
     if (check.correctCharsWidth) {
-        SendDefault(config, check.charsWidth);
+        SendLegacyDefault(config, check.charsWidth);
     }
     Trace(L"UpdateNvRamData(): widthgood=%d, heightgood=%d\n", check.widthGood, check.heightGood);
     Trace(L"UpdateNvRamData(): widthgood=%d, heightgood=%d\n", config.EmbsrCharsWidth, config.EmbsrPaperWidth);
     if (check.correctLinesLength) {
-        SendDefault(config, check.linesLength);
+        SendLegacyDefault(config, check.linesLength);
     }
     Trace(L"UpdateNvRamData(): updating %s\n", config.PrinterName);
     try {
@@ -123,28 +95,18 @@ void UpdateNvRamData(UIConfig& config) {
     }
 }
 
-bool ApplyLegacyChanges(CPSUICBPARAM* param, UIConfig& config) {
+bool ApplyLegacyChanges(UIConfig& config, LegacyItemEdit* edits, size_t count) {
     bool changed = false;
-    if (param != nullptr && param->pOptItem != nullptr) {
-        for (WORD i = 0; i < param->cOptItem; ++i) {
-            OPTITEM& item = param->pOptItem[i];
-            if (item.pOptType == nullptr) {
-                continue;  // without its option type an item's value cannot be told apart
-            }
-            const bool edit = item.pOptType->Type == TVOT_EDITBOX;
-            const LegacyItemUpdate update =
-                ApplyLegacyItem(config, item.UserItemID, edit ? 0 : item.Sel, edit ? item.pSel : nullptr);
-            if (!update.known) {
-                continue;
-            }
-            if (update.rewriteText && edit && item.pSel != nullptr) {
-                CopyWide(item.pSel, kMeasureTextCapacity, update.text);
-                item.Flags |= OPTIF_CHANGED;
-            }
-            if (update.changed) {
-                SendDefault(config, update.command);
-                changed = true;
-            }
+    for (size_t i = 0; edits != nullptr && i < count; ++i) {
+        LegacyItemEdit& edit = edits[i];
+        const LegacyItemUpdate update = ApplyLegacyItem(config, edit.id, edit.selection, edit.text);
+        if (update.rewriteText && edit.text != nullptr) {
+            CopyWide(edit.rewrittenText, kMeasureTextCapacity, update.text);
+            edit.rewritten = true;
+        }
+        if (update.changed) {
+            SendLegacyDefault(config, update.command);
+            changed = true;
         }
     }
     if (changed) {

@@ -6,23 +6,31 @@
 #pragma once
 
 #include <windows.h>
-#include <compstui.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include "config/ui_config.h"
+#include "device/protocol/pjl_commands.h"
 
-// Compares every item of the callback's item array with the setting it shows (items are
-// told apart by UserItemID; edit boxes are read from their text, other items from their
-// selection), stores and sends each difference, and commits through UpdateNvRamData
-// when anything changed. The extra line spacing item's text is rewritten to the value
-// kept. Returns true when something changed.
-bool ApplyLegacyChanges(CPSUICBPARAM* param, UIConfig& config);
+// One item of the device-settings branch as the writer takes it: its id (UserItemID),
+// and its selection or, for an edit box, its text.
+struct LegacyItemEdit {
+    uint32_t id;
+    int32_t selection;
+    const wchar_t* text;  // an edit box's NUL-terminated text, else null
+    bool rewritten;       // set when the item's text is to become `rewrittenText`
+    wchar_t rewrittenText[kMeasureTextCapacity];
+};
 
-// One "DEFAULT" command each: KEY=decimal number, KEY=ON/OFF, KEY=word.
-void UpdateLegacyConfig(UIConfig& config, const wchar_t* key, uint32_t value);
-void UpdateLegacyConfigBool(UIConfig& config, const wchar_t* key, bool on);
-void UpdateLegacyConfigString(UIConfig& config, const wchar_t* key, const char* word);
+// Compares every edit in list order with the setting it shows (by the settings table),
+// stores and sends each difference, and commits through UpdateNvRamData when anything
+// changed. The extra line spacing's text comes back rewritten to the value kept. Returns
+// true when something changed.
+bool ApplyLegacyChanges(UIConfig& config, LegacyItemEdit* edits, size_t count);
+
+// One "DEFAULT" command: KEY=decimal number, KEY=ON/OFF or KEY=word.
+void SendLegacyDefault(UIConfig& config, const PjlDefault& command);
 
 // Corrects characters per line and lines per page on the device when they do not fit the
 // page, then sends "@PJL SERVICE UPDATE".

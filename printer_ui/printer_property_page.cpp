@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 #include "config/config_lifecycle.h"
 #include "config/localisation.h"
@@ -11,6 +12,7 @@
 #include "base/heap_memory.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
+#include "device/protocol/legacy_settings_table.h"
 #include "printer_ui/legacy_items.h"
 #include "printer_ui/printer_ui_callbacks.h"
 #include "resources/resource_ids.h"
@@ -57,28 +59,28 @@ POPTTYPE CreateOptType(HANDLE heap, BYTE type, WORD count) {
     return optType;
 }
 
-void BeginItem(const TreeBuilder& b, OPTITEM& item, UINT caption, BYTE id) {
+void BeginItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
     item.Level = 2;
     item.Flags = b.itemFlags;
-    item.pName = LoadLocalString(b.config, b.heap, caption);
-    item.UserItemID = id;
+    item.pName = LoadLocalString(b.config, b.heap, row.caption);
+    item.UserItemID = row.id;
+    if (row.carriesConfig) {
+        item.UserData = reinterpret_cast<ULONG_PTR>(b.config);
+    }
 }
 
-template <size_t N>
-void ListItem(const TreeBuilder& b, OPTITEM& item, UINT caption, const UINT (&entries)[N], LONG selection) {
-    BeginItem(b, item, caption, static_cast<BYTE>(caption));
-    item.Sel = selection;
-    item.pOptType = CreateOptType(b.heap, TVOT_LISTBOX, static_cast<WORD>(N));
+void ListItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
+    item.Sel = LegacySelectionOf(row, *b.config, LegacyMoment::Build);
+    item.pOptType = CreateOptType(b.heap, TVOT_LISTBOX, row.entryCount);
     if (item.pOptType != nullptr) {
-        for (size_t i = 0; i < N; ++i) {
-            item.pOptType->pOptParam[i].pData = LoadLocalString(b.config, b.heap, entries[i]);
+        for (WORD i = 0; i < row.entryCount; ++i) {
+            item.pOptType->pOptParam[i].pData = LoadLocalString(b.config, b.heap, row.entries[i]);
         }
     }
 }
 
-void EditItem(const TreeBuilder& b, OPTITEM& item, UINT caption, const wchar_t* text) {
-    BeginItem(b, item, caption, static_cast<BYTE>(caption));
-    item.pSel = HostCopy(b.heap, text, kLegacyEditCapacity);
+void EditItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
+    item.pSel = HostCopy(b.heap, LegacyTextOf(row, *b.config), kLegacyEditCapacity);
     item.pOptType = CreateOptType(b.heap, TVOT_EDITBOX, 2);
     if (item.pOptType != nullptr) {
         item.pOptType->pOptParam[0].pData = LoadLocalString(b.config, b.heap, IDS_INCHES);
@@ -86,24 +88,22 @@ void EditItem(const TreeBuilder& b, OPTITEM& item, UINT caption, const wchar_t* 
     }
 }
 
-void UpDownItem(const TreeBuilder& b, OPTITEM& item, UINT caption, LONG selection) {
-    BeginItem(b, item, caption, static_cast<BYTE>(caption));
-    item.Sel = selection;
+void UpDownItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
+    item.Sel = LegacySelectionOf(row, *b.config, LegacyMoment::Build);
     item.pOptType = CreateOptType(b.heap, TVOT_UDARROW, 2);
     if (item.pOptType != nullptr) {
-        item.pOptType->pOptParam[1].IconID = kLegacyUpDownLowest;
-        item.pOptType->pOptParam[1].lParam = kLegacyUpDownHighest;
+        item.pOptType->pOptParam[1].IconID = static_cast<DWORD>(row.lowest);
+        item.pOptType->pOptParam[1].lParam = row.highest;
     }
 }
 
-void PushButtonItem(const TreeBuilder& b, OPTITEM& item, UINT caption, BYTE id, _CPSUICALLBACK callback,
-                    WORD typeStyle) {
-    BeginItem(b, item, caption, id);
+void PushButtonItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
     item.Sel = 0;
-    item.UserData = reinterpret_cast<ULONG_PTR>(b.config);
     item.pOptType = CreateOptType(b.heap, TVOT_PUSHBUTTON, 1);
     if (item.pOptType != nullptr) {
-        item.pOptType->Style = typeStyle;
+        const _CPSUICALLBACK callback = row.button == LegacyButton::ResetToDefault ? OEMResetToDefaultPushButtonCallback
+                                                                                 : OEMBrailleTableUIPushButtonCallback;
+        item.pOptType->Style = row.buttonStyle;
         item.pOptType->pOptParam[0].Style = PUSHBUTTON_TYPE_CALLBACK;
         item.pOptType->pOptParam[0].pData = reinterpret_cast<LPTSTR>(callback);
     }
@@ -113,7 +113,6 @@ void PushButtonItem(const TreeBuilder& b, OPTITEM& item, UINT caption, BYTE id, 
 // block with its form's width (low half) and length (high half) in micrometres; the
 // selection is the last entry whose form is about the device's paper size, else "Custom".
 void FormSizeItem(const TreeBuilder& b, OPTITEM& item) {
-    BeginItem(b, item, IDS_FORM_SIZE, IDS_FORM_SIZE);
     HANDLE printer = b.config->hPrinter;
 
     int count = 0;
@@ -137,7 +136,6 @@ void FormSizeItem(const TreeBuilder& b, OPTITEM& item) {
         return;
     }
     OPTPARAM* entries = item.pOptType->pOptParam;
-    const PaperDimensions device = {b.config->EmbsrPaperWidth, b.config->EmbsrPaperLength};
     for (int i = 0; i < count; ++i) {
         wchar_t name[kPaperNameCharacters + 1] = {};
         CopyPaperName(names.as<wchar_t>(), i, name, kPaperNameCharacters + 1);
@@ -152,82 +150,54 @@ void FormSizeItem(const TreeBuilder& b, OPTITEM& item) {
             block[1] = static_cast<uint32_t>(form.cy);
             entries[i].lParam = reinterpret_cast<LPARAM>(block);
         }
-        const PaperDimensions twentieths = {form.cx / static_cast<int32_t>(kFormSizeDivisor),
-                                            form.cy / static_cast<int32_t>(kFormSizeDivisor)};
-        if (IsFormAboutSize(twentieths, device)) {
+        if (IsDeviceFormSize(form, *b.config)) {
             item.Sel = i;
         }
     }
     entries[count].pData = LoadLocalString(b.config, b.heap, IDS_CUSTOM);
 }
 
+// One item of the branch, as its row of the settings table describes it.
+void BuildItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
+    if (row.kind == LegacyItemKind::Head) {
+        item.Level = 1;
+        item.Flags = 0;
+        item.pName = LoadLocalString(b.config, b.heap, row.caption);
+        item.Sel = kLegacyHeadIcon;
+        item.UserItemID = row.id;
+        return;
+    }
+    BeginItem(b, item, row);
+    switch (row.kind) {
+        case LegacyItemKind::FormSize:
+            FormSizeItem(b, item);
+            break;
+        case LegacyItemKind::List:
+            ListItem(b, item, row);
+            break;
+        case LegacyItemKind::UpDown:
+            UpDownItem(b, item, row);
+            break;
+        case LegacyItemKind::Inches:
+        case LegacyItemKind::Seconds:
+            EditItem(b, item, row);
+            break;
+        case LegacyItemKind::Button:
+            PushButtonItem(b, item, row);
+            break;
+        case LegacyItemKind::Head:
+        case LegacyItemKind::Accepted:
+            break;
+    }
+}
+
 void BuildItems(const TreeBuilder& b, OPTITEM* items) {
-    const UIConfig& c = *b.config;
-
-    OPTITEM& head = items[0];
-    head.Level = 1;
-    head.Flags = 0;
-    head.pName = LoadLocalString(b.config, b.heap, IDS_LEGACY_SETTINGS);
-    head.Sel = kLegacyHeadIcon;
-    head.UserItemID = 0;
-
-    FormSizeItem(b, items[1]);
-    EditItem(b, items[2], IDS_FORM_WIDTH, c.PaperWidthText);
-    EditItem(b, items[3], IDS_FORM_LENGTH, c.PaperLengthText);
-    EditItem(b, items[4], IDS_TOP_MARGIN, c.TopMarginText);
-    EditItem(b, items[5], IDS_LEFT_MARGIN, c.LeftMarginText);
-    EditItem(b, items[6], IDS_RIGHT_MARGIN, c.RightMarginText);
-    UpDownItem(b, items[7], IDS_CHARS_PER_LINE, c.EmbsrCharsWidth);
-    UpDownItem(b, items[8], IDS_LINES_PER_PAGE, c.EmbsrLinesLength);
-
-    static const UINT kTextGraphics[] = {IDS_TEXT, IDS_GRAPHICS};
-    ListItem(b, items[9], IDS_TEXT_GRAPHICS_MODE, kTextGraphics, c.EmbsrGraphicsMode == 1 ? 1 : 0);
-
-    static const UINT kDots[] = {IDS_DOTS_6, IDS_DOTS_8};
-    ListItem(b, items[10], IDS_DOTS_PER_CHARACTER, kDots, c.EmbsrBrailleDots == 8 ? 1 : 0);
-
-    static const UINT kStandards[] = {IDS_STANDARD_MARBURG,         IDS_STANDARD_LIBRARY_OF_CONGRESS,
-                                      IDS_STANDARD_NATIONAL_LIBRARY, IDS_STANDARD_MICROBRAILLE,
-                                      IDS_STANDARD_KOREAN,           IDS_STANDARD_JUMBO};
-    const uint32_t standard = c.EmbsrBrailleStandard;
-    ListItem(b, items[11], IDS_BRAILLE_STANDARD, kStandards,
-             standard >= 1 && standard <= 5 ? static_cast<LONG>(standard) : 0);
-
-    static const UINT kOnOff[] = {IDS_ON, IDS_OFF};
-    ListItem(b, items[12], IDS_AUTOMATIC_TEXT_WRAPPING, kOnOff, c.EmbsrAutoCr != 0 ? 0 : 1);
-
-    EditItem(b, items[13], IDS_EXTRA_LINE_SPACING, c.LineSpacingText);
-
-    static const UINT kMedia[] = {IDS_MEDIA_DEFAULT_1, IDS_MEDIA_DEFAULT_2,  IDS_MEDIA_DEFAULT_3,  IDS_MEDIA_DEFAULT_4,
-                                  IDS_MEDIA_DEFAULT_5, IDS_MEDIA_DEFAULT_6,  IDS_CUSTOM,           IDS_MEDIA_CUSTOM_8,
-                                  IDS_MEDIA_CUSTOM_9,  IDS_MEDIA_CUSTOM_10, IDS_MEDIA_CUSTOM_11, IDS_MEDIA_CUSTOM_12,
-                                  IDS_MEDIA_CUSTOM_13, IDS_MEDIA_CUSTOM_14, IDS_MEDIA_CUSTOM_15, IDS_MEDIA_CUSTOM_16};
-    ListItem(b, items[14], IDS_MEDIA_TYPE, kMedia, MediaTypeSelection(c.EmbsrMediaType));
-
-    PushButtonItem(b, items[15], IDS_BRAILLE_TABLES, IDS_TABLE, OEMBrailleTableUIPushButtonCallback, 0);
-
-    static const UINT kTables[] = {IDS_TABLE_CUSTOM,     IDS_TABLE_ENGLISH_US, IDS_TABLE_GERMAN,    IDS_TABLE_FRENCH,
-                                   IDS_TABLE_SPANISH,    IDS_TABLE_ITALIAN,    IDS_TABLE_ARABIC,    IDS_TABLE_CZECH,
-                                   IDS_TABLE_DANISH,     IDS_TABLE_GREEK,      IDS_TABLE_SWEDISH,   IDS_TABLE_LATVIAN,
-                                   IDS_TABLE_ICELANDIC,  IDS_TABLE_NORWEGIAN,  IDS_TABLE_RUSSIAN,   IDS_TABLE_ENGLISH_UK,
-                                   IDS_TABLE_DUTCH,      IDS_TABLE_POLISH,     IDS_TABLE_PORTUGUESE, IDS_TABLE_JAPANESE};
-    ListItem(b, items[16], IDS_BRAILLE_TABLE, kTables, static_cast<LONG>(c.BrailleTableIndex));
-    items[16].UserData = reinterpret_cast<ULONG_PTR>(b.config);
-
-    static const UINT kDotHeights[] = {IDS_HIGH, IDS_NORMAL, IDS_LOW};
-    ListItem(b, items[17], IDS_BRAILLE_DOT_HEIGHT, kDotHeights, static_cast<LONG>(c.EmbsrBrailleForce));
-
-    static const UINT kQualities[] = {IDS_DRAFT, IDS_STANDARD, IDS_BEST};
-    ListItem(b, items[18], IDS_BRAILLE_QUALITY, kQualities, c.EmbsrQuality == 2 ? 2 : (c.EmbsrQuality != 0 ? 1 : 0));
-
-    static const UINT kDuplex[] = {IDS_SINGLE_SIDED, IDS_DOUBLE_SIDED};
-    ListItem(b, items[19], IDS_DUPLEX, kDuplex, c.EmbsrDuplex != 0 ? 1 : 0);
-
-    static const UINT kFaces[] = {IDS_FACE_UP, IDS_FACE_DOWN};
-    ListItem(b, items[20], IDS_OUTPUT_FACE, kFaces, c.EmbsrOutputFace == 2 ? 1 : 0);
-
-    PushButtonItem(b, items[21], IDS_RESET_TO_DEFAULT, IDS_RESET_TO_DEFAULT, OEMResetToDefaultPushButtonCallback,
-                   kResetButtonStyle);
+    size_t next = 0;
+    for (const LegacySetting& row : LegacySettings()) {
+        if (row.inTree) {
+            BuildItem(b, items[next++], row);
+        }
+    }
 }
 
 }  // namespace
@@ -238,8 +208,9 @@ HRESULT hrPrinterPropertyPage(DWORD dwMode, POEMCUIPPARAM pOEMUIParam, UIConfig*
         SetLastError(ERROR_INVALID_PARAMETER);
         return E_FAIL;
     }
+    const DWORD itemCount = static_cast<DWORD>(LegacyTreeItemCount());
     if (pOEMUIParam->pOEMOptItems == nullptr) {
-        pOEMUIParam->cOEMOptItems = kLegacyItemCount;
+        pOEMUIParam->cOEMOptItems = itemCount;
         return S_OK;
     }
 
@@ -264,19 +235,19 @@ HRESULT hrPrinterPropertyPage(DWORD dwMode, POEMCUIPPARAM pOEMUIParam, UIConfig*
     }
     const TreeBuilder builder = {pOEMUIParam->hOEMHeap, config,
                                  static_cast<DWORD>(OPTIF_CALLBACK | (config->LegacyParmCount < 1 ? OPTIF_DISABLED : 0))};
-    if (count >= kLegacyItemCount) {
+    if (count >= itemCount) {
         BuildItems(builder, items);
     } else {
         // A host that made less room than it was told gets the items that fit.
         Trace(L"hrPrinterPropertyPage(): room for %d of %d items\n", static_cast<int>(count),
-              static_cast<int>(kLegacyItemCount));
-        OPTITEM built[kLegacyItemCount] = {};
-        BuildItems(builder, built);
-        std::memcpy(items, built, sizeof(OPTITEM) * count);
+              static_cast<int>(itemCount));
+        std::vector<OPTITEM> built(itemCount);
+        BuildItems(builder, built.data());
+        std::memcpy(items, built.data(), sizeof(OPTITEM) * count);
         for (DWORD i = 0; i < count; ++i) {
             items[i].cbSize = sizeof(OPTITEM);
         }
     }
-    Trace(L"hrPrinterPropertyPage(): property items n=%d\n", static_cast<int>(kLegacyItemCount));
+    Trace(L"hrPrinterPropertyPage(): property items n=%d\n", static_cast<int>(itemCount));
     return S_OK;
 }

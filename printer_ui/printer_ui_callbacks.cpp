@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <vector>
 
 #include "config/localisation.h"
 #include "config/paper_sizes.h"
@@ -9,6 +10,7 @@
 #include "device/legacy_settings_writer.h"
 #include "device/legacy_transports.h"
 #include "device/protocol/braille_tables.h"
+#include "device/protocol/legacy_settings_table.h"
 #include "base/module_state.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
@@ -65,16 +67,9 @@ void SelectDeviceFormSize(const UIConfig& config, OPTITEM& item) {
     if (type == nullptr || type->pOptParam == nullptr) {
         return;
     }
-    const PaperDimensions device = {config.EmbsrPaperWidth, config.EmbsrPaperLength};
     for (WORD i = 0; i < type->Count; ++i) {
         const wchar_t* name = type->pOptParam[i].pData;
-        if (name == nullptr || name[0] == L'\0') {
-            continue;
-        }
-        const PaperDimensions form = GetFormSize(config.hPrinter, name);
-        const PaperDimensions twentieths = {form.cx / static_cast<int32_t>(kFormSizeDivisor),
-                                            form.cy / static_cast<int32_t>(kFormSizeDivisor)};
-        if (IsFormAboutSize(twentieths, device)) {
+        if (name != nullptr && name[0] != L'\0' && IsDeviceFormSize(GetFormSize(config.hPrinter, name), config)) {
             item.Sel = i;
         }
     }
@@ -86,7 +81,7 @@ LONG OnSetActive(PCPSUICBPARAM param, UIConfig& config) {
         return CPSUICB_ACTION_NONE;
     }
     for (OPTITEM& item : ItemsOf(param)) {
-        if (item.UserItemID == 0) {
+        if (item.UserItemID == kLegacyHeadId) {
             item.Flags |= OPTIF_DISABLED;
             continue;
         }
@@ -130,16 +125,10 @@ LONG OnFormSizeChosen(PCPSUICBPARAM param, UIConfig& config) {
 }
 
 // Settings whose value is taken as it is; apply checks them (Top Margin and Form Size
-// have their own rules above).
+// have their own rules below).
 bool IsPlainSettingItem(BYTE id) {
-    switch (id) {
-        case 26: case 27: case 30: case 41: case 42: case 45: case 52: case 53:
-        case 55: case 56: case 57: case 58: case 60: case 61: case 76: case 77:
-        case 82: case 99: case 175: case 178: case 228: case 230: case 231: case 232:
-            return true;
-        default:
-            return false;
-    }
+    const LegacySetting* row = FindLegacySetting(id);
+    return row != nullptr && row->kind != LegacyItemKind::Head && row->kind != LegacyItemKind::Button;
 }
 
 LONG OnSelectionChanged(PCPSUICBPARAM param, UIConfig& config) {
@@ -167,44 +156,46 @@ LONG OnSelectionChanged(PCPSUICBPARAM param, UIConfig& config) {
     return action;
 }
 
+// Writes the items' values to the embosser: every item with an option type, an edit box
+// by its text, any other by its selection. The extra line spacing's text comes back as
+// the value kept.
+void ApplyLegacyItems(PCPSUICBPARAM param, UIConfig& config) {
+    std::vector<LegacyItemEdit> edits;
+    std::vector<OPTITEM*> edited;
+    for (OPTITEM& item : ItemsOf(param)) {
+        if (item.pOptType == nullptr) {
+            continue;  // without its option type an item's value cannot be told apart
+        }
+        const bool text = item.pOptType->Type == TVOT_EDITBOX;
+        edits.push_back({item.UserItemID, text ? 0 : item.Sel, text ? item.pSel : nullptr, false, {}});
+        edited.push_back(&item);
+    }
+    ApplyLegacyChanges(config, edits.data(), edits.size());
+    for (size_t i = 0; i < edits.size(); ++i) {
+        if (edits[i].rewritten) {
+            CopyWide(edited[i]->pSel, kLegacyEditCapacity, edits[i].rewrittenText);
+            edited[i]->Flags |= OPTIF_CHANGED;
+        }
+    }
+}
+
 LONG OnApplyNow(PCPSUICBPARAM param, UIConfig& config) {
     if (config.LegacyChanged == 0 || config.LegacyParmCount < 1) {
         return CPSUICB_ACTION_NONE;
     }
-    ApplyLegacyChanges(param, config);
+    ApplyLegacyItems(param, config);
     return CPSUICB_ACTION_ITEMS_APPLIED;
 }
 
-// Reset defaults by UserItemID: a selection, or a text for the edit items.
-struct ResetDefault {
-    BYTE id;
-    LONG selection;
-    const wchar_t* text;
-};
-const ResetDefault kResetDefaults[] = {
-    {IDS_DOTS_PER_CHARACTER, 0, nullptr},  {IDS_DUPLEX, 0, nullptr},
-    {IDS_EXTRA_LINE_SPACING, 0, L"0.00"},  {IDS_TOP_MARGIN, 0, L"0.50"},
-    {IDS_LEFT_MARGIN, 0, L"0.25"},         {IDS_TEXT_GRAPHICS_MODE, 0, nullptr},
-    {IDS_AUTOMATIC_TEXT_WRAPPING, 1, nullptr}, {IDS_FORM_SIZE, 0, nullptr},
-    {IDS_FORM_WIDTH, 0, L"8.50"},          {IDS_FORM_LENGTH, 0, L"11.00"},
-    {IDS_MEDIA_TYPE, 0, nullptr},          {IDS_BRAILLE_TABLE, 1, nullptr},
-    {IDS_BRAILLE_DOT_HEIGHT, 1, nullptr},  {IDS_RIGHT_MARGIN, 0, L"0.25"},
-    {IDS_OUTPUT_FACE, 1, nullptr},         {IDS_BRAILLE_STANDARD, 0, nullptr},
-    {IDS_CHARS_PER_LINE, 32, nullptr},     {IDS_LINES_PER_PAGE, 25, nullptr},
-    {IDS_BRAILLE_QUALITY, 1, nullptr},
-};
-
 void SetResetDefault(OPTITEM& item) {
-    for (const ResetDefault& d : kResetDefaults) {
-        if (d.id != item.UserItemID) {
-            continue;
-        }
-        if (d.text != nullptr) {
-            SetText(item, d.text);
-        } else {
-            item.Sel = d.selection;
-        }
+    const LegacySetting* row = FindLegacySetting(item.UserItemID);
+    if (row == nullptr || !row->resets) {
         return;
+    }
+    if (row->resetText != nullptr) {
+        SetText(item, row->resetText);
+    } else {
+        item.Sel = row->resetSelection;
     }
 }
 
@@ -231,96 +222,29 @@ void UpdateCurrentOptionItem(const UIConfig* pConfig, POPTITEM pItem) {
     const UIConfig& c = *pConfig;
     OPTITEM& item = *pItem;
     Trace(L"UpdateCurrentOptionItem(): %d\n", item.UserItemID);
-    switch (item.UserItemID) {
-        case 26:
-            item.Sel = c.EmbsrBrailleDots == 8 ? 1 : 0;
-            break;
-        case 27:
-            item.Sel = c.EmbsrDuplex == 2 ? 2 : (c.EmbsrDuplex == 1 ? 1 : 0);
-            break;
-        case 30:
-            SetInches(item, c.EmbsrLineSpacing);
-            break;
-        case 40:
-            SetInches(item, c.EmbsrTopMargin);
-            break;
-        case 41:
-            SetInches(item, c.EmbsrLeftMargin);
-            break;
-        case 76:
-            SetInches(item, c.EmbsrRightMargin);
-            break;
-        case 42:
-            item.Sel = c.EmbsrGraphicsMode == 1 ? 1 : 0;
-            break;
-        case 45:
-            item.Sel = c.EmbsrAutoCr == 0 ? 1 : 0;
-            break;
-        case 50:
+    const LegacySetting* row = FindLegacySetting(item.UserItemID);
+    if (row == nullptr) {
+        return;
+    }
+    switch (row->kind) {
+        case LegacyItemKind::FormSize:
             SelectDeviceFormSize(c, item);
             break;
-        case 52:
-            SetInches(item, c.EmbsrPaperWidth);
+        case LegacyItemKind::Inches:
+            SetInches(item, static_cast<int32_t>(LegacyFieldOf(*row, c)));
             break;
-        case 53:
-            SetInches(item, c.EmbsrPaperLength);
-            break;
-        case 55:
-            item.Sel = static_cast<LONG>(c.EmbsrCustomMediaMin);
-            break;
-        case 56:
-            item.Sel = static_cast<LONG>(c.EmbsrCustomMediaMax);
-            break;
-        case 57:
-            item.Sel = MediaTypeSelection(c.EmbsrMediaType);
-            break;
-        case 58:
-            switch (c.PaperSourceCode) {
-                case 4: item.Sel = 5; break;
-                case 8: item.Sel = 1; break;
-                case 9: item.Sel = 2; break;
-                case 10: item.Sel = 3; break;
-                case 11: item.Sel = 4; break;
-                default: item.Sel = 0; break;
-            }
-            break;
-        case 60:
-            item.Sel = static_cast<LONG>(BrailleTableStringToInt(c.EmbsrBrailleTable));
-            break;
-        case 61:
-            item.Sel = static_cast<LONG>(c.EmbsrBrailleForce);
-            break;
-        case 99:
-            item.Sel = c.EmbsrOutputFace == 2 ? 1 : 0;
-            break;
-        case 175:
+        case LegacyItemKind::Seconds:
             if (item.pSel != nullptr) {
-                FormatWide(item.pSel, kLegacyEditCapacity, L"%u", static_cast<unsigned>(c.DryTime));
+                FormatWide(item.pSel, kLegacyEditCapacity, L"%u", static_cast<unsigned>(LegacyFieldOf(*row, c)));
             }
             break;
-        case 178:
-            item.Sel = c.AutoLoadPaper == 0 ? 1 : 0;
+        case LegacyItemKind::List:
+        case LegacyItemKind::UpDown:
+            item.Sel = LegacySelectionOf(*row, c, LegacyMoment::Refresh);
             break;
-        case 228:
-            switch (c.EmbsrBrailleStandard) {
-                case 1: item.Sel = 1; break;
-                case 2:
-                case 3: item.Sel = 2; break;
-                case 4: item.Sel = 4; break;
-                case 5: item.Sel = 5; break;
-                default: item.Sel = 0; break;
-            }
-            break;
-        case 230:
-            item.Sel = c.EmbsrCharsWidth;
-            break;
-        case 231:
-            item.Sel = c.EmbsrLinesLength;
-            break;
-        case 232:
-            item.Sel = c.EmbsrQuality == 2 ? 2 : (c.EmbsrQuality != 0 ? 1 : 0);
-            break;
-        default:
+        case LegacyItemKind::Head:
+        case LegacyItemKind::Button:
+        case LegacyItemKind::Accepted:
             break;
     }
 }
@@ -391,7 +315,7 @@ LONG APIENTRY OEMResetToDefaultPushButtonCallback(PCPSUICBPARAM pCallbackParam) 
             item.Flags |= OPTIF_CHANGED;
             SetResetDefault(item);
         }
-        ApplyLegacyChanges(pCallbackParam, *config);
+        ApplyLegacyItems(pCallbackParam, *config);
     } catch (...) {
         Trace(L"OEMResetToDefaultPushButtonCallback(): failed\n");
     }

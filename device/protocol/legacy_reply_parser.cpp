@@ -1,20 +1,17 @@
 #include "device/protocol/legacy_reply_parser.h"
 
 #include <cstring>
+#include <string>
 
 #include "device/protocol/ascii_text.h"
 #include "device/protocol/braille_tables.h"
 #include "device/protocol/decimal_text.h"
+#include "device/protocol/legacy_settings_table.h"
 #include "base/trace_log.h"
 
 namespace {
 
 constexpr char kReplyPrefix[] = "@PJL INFO LEGACY [23";
-
-struct WordCode {
-    const char* text;  // the whole KEY=WORD
-    uint32_t code;
-};
 
 // The value of KEY=VALUE starts one character past the key (the '='); a key at the very
 // end of the text has no value.
@@ -24,19 +21,12 @@ const char* ValueAfterKey(const char* keyFound, size_t keyLength) {
 }
 
 // Numeric key: the field becomes 0, then the number after the key. Counts 1 when found.
-int ReadNumberKey(const char* block, const char* key, int32_t& field) {
+int ReadNumberKey(const char* block, const char* key, uint32_t& field) {
     field = 0;
     const char* found = std::strstr(block, key);
     if (found == nullptr) return 0;
-    field = ozdk::ReadInteger(ValueAfterKey(found, std::strlen(key)));
+    field = static_cast<uint32_t>(ozdk::ReadInteger(ValueAfterKey(found, std::strlen(key))));
     return 1;
-}
-
-int ReadNumberKey(const char* block, const char* key, uint32_t& field) {
-    int32_t value = 0;
-    const int found = ReadNumberKey(block, key, value);
-    field = static_cast<uint32_t>(value);
-    return found;
 }
 
 // Text key: copies the rest of the line after the key, dropping '"', CR and '=' and
@@ -69,39 +59,6 @@ int ReadSwitchKey(const char* block, const char* key, uint32_t& field) {
     return 1;
 }
 
-// Word key: the first KEY=WORD of the list found anywhere in the block decides.
-template <size_t N>
-uint32_t ReadWordKey(const char* block, const WordCode (&words)[N], uint32_t otherwise) {
-    for (const WordCode& word : words) {
-        if (std::strstr(block, word.text) != nullptr) return word.code;
-    }
-    return otherwise;
-}
-
-constexpr WordCode kSpacingWords[] = {
-    {"SPACING=USLIBCONGRESS", 1}, {"SPACING=USNATLIB", 2},      {"SPACING=MICROBRAILLE", 3},
-    {"SPACING=KOREANBRAILLE", 4}, {"SPACING=JUMBOBRAILLE", 5},
-};
-
-// "MEDIATYPE=CUSTOM" comes before the numbered custom media and is a prefix of each of
-// them, so every numbered custom medium reads as 30. The embosser's readers expect
-// exactly this; keep the order.
-constexpr WordCode kMediaWords[] = {
-    {"MEDIATYPE=LIGHTBRAILLE", 13}, {"MEDIATYPE=PLAIN", 2},     {"MEDIATYPE=PREMIUM", 3},
-    {"MEDIATYPE=CARDSTOCK", 11},    {"MEDIATYPE=CHINESE", 17},  {"MEDIATYPE=CUSTOM", 30},
-    {"MEDIATYPE=CUSTOM8", 31},      {"MEDIATYPE=CUSTOM9", 32},  {"MEDIATYPE=CUSTOM10", 33},
-    {"MEDIATYPE=CUSTOM11", 34},     {"MEDIATYPE=CUSTOM12", 35}, {"MEDIATYPE=CUSTOM13", 36},
-    {"MEDIATYPE=CUSTOM14", 37},     {"MEDIATYPE=CUSTOM15", 38}, {"MEDIATYPE=CUSTOM16", 39},
-};
-constexpr uint32_t kBraillePaperMedia = 12;
-
-constexpr WordCode kForceWords[] = {{"BRAILLEFORCE=HEAVY", 0}, {"BRAILLEFORCE=LIGHT", 2}};
-constexpr WordCode kQualityWords[] = {{"QUALITY=DRAFT", 0}, {"QUALITY=BEST", 2}};
-constexpr WordCode kDuplexWords[] = {{"DUPLEXMODE=LONGEDGE", 1}, {"DUPLEXMODE=SHORTEDGE", 2}};
-constexpr WordCode kOutputFaceWords[] = {{"OUTPUTFACE=2", 2}};
-
-constexpr int32_t kDeviceUnitsPerTwentieth = 36;  // the embosser measures in 1/720 inch
-
 // Firmware "FWPRIMARY=major.minor.build", read as "%u.%u.%u" from 10 characters past the
 // key's start. Returns how many of the three numbers were read.
 int ReadFirmwareKey(const char* block, uint32_t& firmwareVersion) {
@@ -125,34 +82,32 @@ int ParseInfoLegacySettings(UIConfig& config, const char* reply) {
     if (block == nullptr) return 0;
 
     int count = 0;
-    count += ReadNumberKey(block, "TOPMARGIN", config.EmbsrTopMargin);
-    count += ReadNumberKey(block, "LEFTMARGIN", config.EmbsrLeftMargin);
-    count += ReadNumberKey(block, "RIGHTMARGIN", config.EmbsrRightMargin);
-    count += ReadNumberKey(block, "BRAILLEDOTS", config.EmbsrBrailleDots);
-    count += ReadNumberKey(block, "CHARSWIDTH", config.EmbsrCharsWidth);
-    count += ReadNumberKey(block, "LINESLENGTH", config.EmbsrLinesLength);
-    count += ReadNumberKey(block, "EXTRALINESPACE", config.EmbsrLineSpacing);
-
-    count += ReadTextKey(block, "BRAILLETABLE", config.EmbsrBrailleTable);
-    config.BrailleTableIndex = BrailleTableStringToInt(config.EmbsrBrailleTable);
-
-    count += ReadSwitchKey(block, "AUTOCR", config.EmbsrAutoCr);
-    count += ReadSwitchKey(block, "GRAPHICS", config.EmbsrGraphicsMode);
-
-    config.EmbsrBrailleStandard = ReadWordKey(block, kSpacingWords, 0);
-    config.EmbsrMediaType = ReadWordKey(block, kMediaWords, kBraillePaperMedia);
-    count += 2;
-
-    count += ReadNumberKey(block, "PAPERLENGTH", config.EmbsrPaperLength);
-    count += ReadNumberKey(block, "PAPERWIDTH", config.EmbsrPaperWidth);
-    config.EmbsrPaperLength /= kDeviceUnitsPerTwentieth;
-    config.EmbsrPaperWidth /= kDeviceUnitsPerTwentieth;
-
-    config.EmbsrBrailleForce = ReadWordKey(block, kForceWords, 1);
-    config.EmbsrQuality = ReadWordKey(block, kQualityWords, 1);
-    config.EmbsrDuplex = ReadWordKey(block, kDuplexWords, 0);
-    config.EmbsrOutputFace = ReadWordKey(block, kOutputFaceWords, 1);
-    count += 4;
+    for (const LegacySetting& row : LegacySettings()) {
+        if (row.reply == LegacyReplyForm::None) continue;
+        const std::string key = ozdk::NarrowAscii(row.key);
+        uint32_t& field = LegacyFieldRef(row, config);
+        switch (row.reply) {
+            case LegacyReplyForm::Number:
+                count += ReadNumberKey(block, key.c_str(), field);
+                if (row.rule == LegacyValueRule::DeviceLength) {
+                    field = static_cast<uint32_t>(static_cast<int32_t>(field) / kDeviceUnitsPerTwentieth);
+                }
+                break;
+            case LegacyReplyForm::Switch:
+                count += ReadSwitchKey(block, key.c_str(), field);
+                break;
+            case LegacyReplyForm::Word:
+                field = LegacyCodeOfReply(row, block);  // a word the embosser does not use is its default
+                ++count;
+                break;
+            case LegacyReplyForm::Text:  // the braille table's name, then its code
+                count += ReadTextKey(block, key.c_str(), config.EmbsrBrailleTable);
+                field = BrailleTableStringToInt(config.EmbsrBrailleTable);
+                break;
+            case LegacyReplyForm::None:
+                break;
+        }
+    }
 
     count += ReadFirmwareKey(block, config.FirmwareVersion);
     count += ReadTextKey(block, "SERIALNUMBER", config.SerialNumber);

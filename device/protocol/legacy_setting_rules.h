@@ -22,13 +22,13 @@ struct LegacyItemUpdate {
     WideChar text[kMeasureTextCapacity];
 };
 
-// Computes the new value of item `userItemId` from its list `selection` or, for the
-// edit items (30, 40, 41, 52, 53, 76, 175), from its NUL-terminated `text` (null reads
-// as empty), compares it with its field of `config` and stores it when it differs.
-// Lengths typed in inches become 1/20 inch, truncated toward zero and saturated at the
-// int32 limits. Later items see the fields as earlier items left them (the right margin
-// rule reads EmbsrPaperWidth). Traces ApplyLegacyChanges' lines for the paper width, the
-// media type and the braille table when they change.
+// Computes the new value of item `userItemId` by its row of the settings table: from its
+// list `selection` or, for the edit boxes (inches and seconds), from its NUL-terminated
+// `text` (null reads as empty); compares it with its field of `config` and stores it
+// when it differs. Lengths typed in inches become 1/20 inch, truncated toward zero and
+// saturated at the int32 limits. Later items see the fields as earlier items left them
+// (the right margin rule reads EmbsrPaperWidth). Traces ApplyLegacyChanges' lines for
+// the paper width, the media type and the braille table when they change.
 LegacyItemUpdate ApplyLegacyItem(UIConfig& config, uint32_t userItemId, int32_t selection, const WideChar* text);
 
 // What UpdateNvRamData sends before committing: the characters per line and the lines

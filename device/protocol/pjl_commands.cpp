@@ -21,33 +21,45 @@ std::string DefaultCommand(const WideChar* key, const std::string& value) {
 
 }  // namespace
 
-std::string FormatPjlDefaultNumber(const WideChar* key, uint32_t value) {
-    return DefaultCommand(key, std::to_string(value));
-}
-
-std::string FormatPjlDefaultSwitch(const WideChar* key, bool on) { return DefaultCommand(key, on ? "ON" : "OFF"); }
-
-std::string FormatPjlDefaultWord(const WideChar* key, const char* word) {
-    std::string value;
-    if (word != nullptr) {
-        for (size_t i = 0; i < kPjlCommandCapacity && word[i] != '\0'; ++i) value += word[i];
-    }
-    return DefaultCommand(key, value);
-}
-
 std::string FormatPjlServiceUpdate() { return std::string(kUniversalExit) + "@PJL SERVICE UPDATE\r\n"; }
+
+PjlDefault PjlNumber(const WideChar* key, uint32_t value) {
+    PjlDefault command{};
+    command.key = key;
+    command.form = PjlValueForm::Number;
+    command.number = value;
+    return command;
+}
+
+PjlDefault PjlSwitch(const WideChar* key, bool on) {
+    PjlDefault command = PjlNumber(key, on ? 1 : 0);
+    command.form = PjlValueForm::Switch;
+    return command;
+}
+
+PjlDefault PjlWord(const WideChar* key, const char* word) {
+    PjlDefault command = PjlNumber(key, 0);
+    command.form = PjlValueForm::Word;
+    if (word == nullptr) word = "";
+    const char* end = std::find(word, word + kPjlWordCapacity - 1, '\0');
+    std::copy(word, end, command.word);
+    command.word[end - word] = '\0';
+    return command;
+}
 
 std::string FormatPjlDefault(const PjlDefault& command) {
     if (command.key == nullptr) return std::string();
     switch (command.form) {
         case PjlValueForm::Number:
-            return FormatPjlDefaultNumber(command.key, command.number);
+            return DefaultCommand(command.key, std::to_string(command.number));
         case PjlValueForm::Switch:
-            return FormatPjlDefaultSwitch(command.key, command.number != 0);
+            return DefaultCommand(command.key, command.number != 0 ? "ON" : "OFF");
         case PjlValueForm::Word:
             break;
     }
-    // The word array may have been filled by hand: never read past its 15 characters.
-    const char* end = std::find(command.word, command.word + kPjlWordCapacity - 1, '\0');
-    return FormatPjlDefaultWord(command.key, std::string(command.word, end).c_str());
+    return DefaultCommand(command.key, PjlWordText(command));
+}
+
+std::string PjlWordText(const PjlDefault& command) {
+    return std::string(command.word, std::find(command.word, command.word + kPjlWordCapacity - 1, '\0'));
 }

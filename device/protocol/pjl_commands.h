@@ -18,12 +18,6 @@ inline constexpr char kPjlMediaForceCommand[] = "\x1b%-12345X@PJL SERVICE MEDIAF
 inline constexpr size_t kPjlMediaForceCommandLength = sizeof(kPjlMediaForceCommand) - 1;
 static_assert(kPjlMediaForceCommandLength == 34, "media force command is 34 bytes");
 
-// ESC "%-12345X@PJL DEFAULT KEY=VALUE" CR LF with VALUE a decimal unsigned number,
-// "ON"/"OFF", or a word.
-std::string FormatPjlDefaultNumber(const WideChar* key, uint32_t value);
-std::string FormatPjlDefaultSwitch(const WideChar* key, bool on);
-std::string FormatPjlDefaultWord(const WideChar* key, const char* word);
-
 // ESC "%-12345X@PJL SERVICE UPDATE" CR LF: the embosser commits its defaults.
 std::string FormatPjlServiceUpdate();
 
@@ -42,5 +36,15 @@ struct PjlDefault {
     char word[kPjlWordCapacity];
 };
 
-// The bytes of `command` (empty when its key is null).
+// The three forms; a word longer than 15 characters is cut there.
+PjlDefault PjlNumber(const WideChar* key, uint32_t value);
+PjlDefault PjlSwitch(const WideChar* key, bool on);
+PjlDefault PjlWord(const WideChar* key, const char* word);
+
+// The word of a Word command, never read past its 15 characters (the array may have been
+// filled by hand).
+std::string PjlWordText(const PjlDefault& command);
+
+// ESC "%-12345X@PJL DEFAULT KEY=VALUE" CR LF with VALUE a decimal unsigned number,
+// "ON"/"OFF", or the word (empty when the key is null).
 std::string FormatPjlDefault(const PjlDefault& command);

@@ -214,14 +214,14 @@ TEST(CheckNvRamLayout, CorrectsWhatDoesNotFit) {
 }
 
 TEST(PjlCommands, BytesOfEachFormAreExactAndCutAtCapacity) {
-    EXPECT_EQ(FormatPjlDefaultWord(u"K\u00e9Y", nullptr), Default("K?Y="));
+    EXPECT_EQ(FormatPjlDefault(PjlWord(u"K\u00e9Y", nullptr)), Default("K?Y="));
+    EXPECT_EQ(FormatPjlDefault(PjlWord(u"W", std::string(40, 'w').c_str())), Default("W=" + std::string(15, 'w')));
     PjlDefault command{u"AUTOCR", PjlValueForm::Switch, 7, ""};
     EXPECT_EQ(FormatPjlDefault(command), Default("AUTOCR=ON"));
     command.key = nullptr;
     EXPECT_EQ(FormatPjlDefault(command), "");
 
-    EXPECT_EQ(FormatPjlDefaultNumber(std::u16string(5000, u'K').c_str(), 1).size(), kPjlCommandCapacity);
-    EXPECT_EQ(FormatPjlDefaultWord(u"W", std::string(5000, 'w').c_str()).size(), kPjlCommandCapacity);
+    EXPECT_EQ(FormatPjlDefault(PjlNumber(std::u16string(5000, u'K').c_str(), 1)).size(), kPjlCommandCapacity);
     PjlDefault unterminated{u"W", PjlValueForm::Word, 0, ""};
     std::memset(unterminated.word, 'x', sizeof unterminated.word);  // no terminator at all
     EXPECT_EQ(FormatPjlDefault(unterminated), Default("W=" + std::string(15, 'x')));
