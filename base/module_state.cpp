@@ -38,13 +38,18 @@ void ReleaseModuleActivationContext() {
     gActivationContextTried = false;
 }
 
-HMODULE LoadLibraryInModuleContext(const wchar_t* path) {
+ModuleContextScope::ModuleContextScope() {
     HANDLE context = GetModuleActivationContext();
-    ULONG_PTR cookie = 0;
-    const bool activated = IsActivationContextValid(context) && ActivateActCtx(context, &cookie);
-    HMODULE module = LoadLibraryW(path);
-    if (activated) {
-        DeactivateActCtx(0, cookie);
+    active_ = IsActivationContextValid(context) && ActivateActCtx(context, &cookie_);
+}
+
+ModuleContextScope::~ModuleContextScope() {
+    if (active_) {
+        DeactivateActCtx(0, cookie_);
     }
-    return module;
+}
+
+HMODULE LoadLibraryInModuleContext(const wchar_t* path) {
+    const ModuleContextScope context;
+    return LoadLibraryW(path);
 }

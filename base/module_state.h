@@ -14,5 +14,21 @@ HANDLE GetModuleActivationContext();
 bool IsActivationContextValid(HANDLE context);
 void ReleaseModuleActivationContext();
 
+// The module's activation context, active for the life of the object when it could be
+// made and activated; active() tells whether it is.
+class ModuleContextScope {
+public:
+    ModuleContextScope();
+    ~ModuleContextScope();
+    ModuleContextScope(const ModuleContextScope&) = delete;
+    ModuleContextScope& operator=(const ModuleContextScope&) = delete;
+
+    bool active() const { return active_; }
+
+private:
+    ULONG_PTR cookie_ = 0;
+    bool active_ = false;
+};
+
 // LoadLibraryW inside the module's activation context.
 HMODULE LoadLibraryInModuleContext(const wchar_t* path);

@@ -11,17 +11,46 @@ Spooler& Spool() { return *gCurrent; }
 
 void SetSpoolerForTesting(Spooler* replacement) { gCurrent = replacement ? replacement : &gWinspool; }
 
-HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level) {
+HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level, PrinterInfoOutcome* outcome) {
+    PrinterInfoOutcome ignored;
+    if (outcome == nullptr) {
+        outcome = &ignored;
+    }
     DWORD needed = 0;
     Spool().GetPrinterW(printer, level, nullptr, 0, &needed);
+    outcome->needed = needed;
     if (needed == 0) {
+        outcome->error = GetLastError();
         return HeapBuffer();
     }
     HeapBuffer info(needed);
-    if (!info || !Spool().GetPrinterW(printer, level, info.bytes(), needed, &needed)) {
+    if (!info) {
+        outcome->noMemory = true;
+        outcome->error = ERROR_NOT_ENOUGH_MEMORY;
+        return HeapBuffer();
+    }
+    if (!Spool().GetPrinterW(printer, level, info.bytes(), needed, &needed)) {
+        outcome->error = GetLastError();
         return HeapBuffer();
     }
     return info;
+}
+
+UniquePrinter OpenPrinterWithFullAccess(const wchar_t* name) {
+    PRINTER_DEFAULTSW defaults = {Mutable(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
+    HANDLE printer = nullptr;
+    if (!Spool().OpenPrinterW(name, &printer, &defaults)) {
+        return UniquePrinter();
+    }
+    return UniquePrinter(printer);
+}
+
+UniquePrinter ReopenPrinterWithFullAccess(HANDLE printer) {
+    const PrinterName name(printer);
+    if (name.get() == nullptr) {
+        return UniquePrinter();
+    }
+    return OpenPrinterWithFullAccess(name.get());
 }
 
 BOOL Spooler::OpenPrinterW(const wchar_t* name, HANDLE* printer, PRINTER_DEFAULTSW* defaults) {

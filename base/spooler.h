@@ -50,12 +50,39 @@ Spooler& Spool();
 // Test seam: installs a replacement for this process; null restores the real one.
 void SetSpoolerForTesting(Spooler* replacement);
 
-// The printer's information at `level` (GetPrinterW: size, allocate, fetch). An empty
-// buffer when it cannot be had.
-HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level);
-
 namespace spooler_detail {
 inline void ClosePrinterThroughSpooler(HANDLE printer) { Spool().ClosePrinter(printer); }
 }  // namespace spooler_detail
 
 using UniquePrinter = UniqueHandle<HANDLE, spooler_detail::ClosePrinterThroughSpooler, nullptr>;
+
+// What FetchPrinterInfo met on its way: the size, and why it came back empty.
+struct PrinterInfoOutcome {
+    DWORD needed = 0;             // the size the spooler asked for; 0 when it named none
+    bool noMemory = false;        // no buffer of that size could be had
+    DWORD error = ERROR_SUCCESS;  // GetLastError() of the call that failed; ERROR_NOT_ENOUGH_MEMORY with noMemory
+};
+
+// The printer's information at `level` (GetPrinterW: size, allocate, fetch); the buffer
+// is as large as the spooler asked for. An empty buffer when it cannot be had; `outcome`,
+// when given, then says why.
+HeapBuffer FetchPrinterInfo(HANDLE printer, DWORD level, PrinterInfoOutcome* outcome = nullptr);
+
+// The printer's name as its level-1 information reports it.
+class PrinterName {
+public:
+    explicit PrinterName(HANDLE printer) : info_(FetchPrinterInfo(printer, 1)) {}
+    // Null when it cannot be had.
+    const wchar_t* get() const { return info_ ? info_.as<PRINTER_INFO_1W>()->pName : nullptr; }
+
+private:
+    HeapBuffer info_;
+};
+
+// Opens the printer `name` with full access (data type "RAW"). Empty when that cannot be
+// done; GetLastError() then holds the spooler's error.
+UniquePrinter OpenPrinterWithFullAccess(const wchar_t* name);
+
+// Opens the printer of `printer` again, by the name its level-1 information reports,
+// with full access. Empty when that cannot be done.
+UniquePrinter ReopenPrinterWithFullAccess(HANDLE printer);

@@ -24,14 +24,6 @@ int FormatWide(wchar_t* buffer, size_t count, const wchar_t* format, ...) {
     return written;
 }
 
-int FormatWideString(wchar_t* buffer, size_t count, const wchar_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int written = FormatWideV(buffer, count, format, args);
-    va_end(args);
-    return written;
-}
-
 int FormatNarrow(char* buffer, size_t count, const char* format, ...) {
     if (buffer == nullptr || count == 0) {
         return -1;

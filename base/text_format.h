@@ -8,7 +8,6 @@
 #include <cstddef>
 
 int FormatWide(wchar_t* buffer, size_t count, const wchar_t* format, ...);
-int FormatWideString(wchar_t* buffer, size_t count, const wchar_t* format, ...);
 int FormatWideV(wchar_t* buffer, size_t count, const wchar_t* format, va_list args);
 int FormatNarrow(char* buffer, size_t count, const char* format, ...);
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "config/extension_library.h"
 #include "config/localisation.h"
 #include "config/paper_sizes.h"
 #include "config/printer_data.h"
@@ -36,15 +37,14 @@ void ReadInstallationFolder(UIConfig* config) {
 // Step 5: names of the printer and its driver. False when no memory could be had.
 bool ReadPrinterNames(UIConfig* config) {
     const HANDLE printer = config->hPrinter;
-    DWORD needed = 0;
-    Spool().GetPrinterW(printer, 2, nullptr, 0, &needed);
-    HeapBuffer info(needed);
+    PrinterInfoOutcome outcome;
+    HeapBuffer info = FetchPrinterInfo(printer, 2, &outcome);
     Trace(L"CreateConfig(): hPrinter=0x%p\n", printer);
-    if (!info) {
+    if (outcome.noMemory) {
         return false;
     }
-    Trace(L"CreateConfig(): pi=0x%p, needed=%u\n", info.bytes(), needed);
-    if (needed >= sizeof(PRINTER_INFO_2W) && Spool().GetPrinterW(printer, 2, info.bytes(), needed, &needed)) {
+    Trace(L"CreateConfig(): pi=0x%p, needed=%u\n", info.bytes(), outcome.needed);
+    if (info.size() >= sizeof(PRINTER_INFO_2W)) {
         CopyWide(config->PrinterName, kTextCapacity, info.as<PRINTER_INFO_2W>()->pPrinterName);
         CopyWide(config->DriverName, kTextCapacity, info.as<PRINTER_INFO_2W>()->pDriverName);
     }
@@ -331,12 +331,7 @@ void DestroyConfig(UIConfig* pConfig) {
         --pConfig->UsageCount;
     }
     PostpareLocale(pConfig);
-    if (pConfig->hExtDLL != nullptr) {
-        Trace(L"DestroyConfig(): freeing hExtDLL\n");
-        Trace(L"ExtDllUnloadFunction(): lib was unloaded\n");
-        FreeLibrary(static_cast<HMODULE>(pConfig->hExtDLL));
-        pConfig->hExtDLL = nullptr;
-    }
+    ReleaseExtensionLibrary(*pConfig);
     Trace(L"DestroyConfig(): freeing pConfig=0x%p\n", pConfig);
     HeapFree(pConfig->hHeap, 0, pConfig);
 }

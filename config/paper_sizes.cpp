@@ -28,11 +28,8 @@ int EnumPrinterPaperSizes(HANDLE printer, wchar_t* names, DWORD capacityBytes, D
     if (byteSize != nullptr) {
         *byteSize = 0;
     }
-    DWORD needed = 0;
-    Spool().GetPrinterW(printer, 2, nullptr, 0, &needed);
-    HeapBuffer info(needed);
-    if (!info || needed < sizeof(PRINTER_INFO_2W) ||
-        !Spool().GetPrinterW(printer, 2, info.bytes(), needed, &needed)) {
+    const HeapBuffer info = FetchPrinterInfo(printer, 2);
+    if (info.size() < sizeof(PRINTER_INFO_2W)) {
         return 0;
     }
     const PRINTER_INFO_2W* printerInfo = info.as<PRINTER_INFO_2W>();

@@ -21,7 +21,7 @@ DWORD WriteWithFullAccessRetry(HANDLE printer, Write write) {
     if (status == ERROR_SUCCESS) {
         return status;
     }
-    UniquePrinter full(ReopenPrinterWithFullAccess(printer));
+    UniquePrinter full = ReopenPrinterWithFullAccess(printer);
     if (!full) {
         return status;
     }
@@ -44,24 +44,6 @@ bool ReadConfigDword(HANDLE printer, const wchar_t* name, uint32_t* value) {
 }
 
 }  // namespace
-
-HANDLE ReopenPrinterWithFullAccess(HANDLE printer) {
-    BYTE info[4096] = {};
-    DWORD needed = 0;
-    if (!Spool().GetPrinterW(printer, 1, info, sizeof(info), &needed)) {
-        return nullptr;
-    }
-    const wchar_t* name = reinterpret_cast<PRINTER_INFO_1W*>(info)->pName;
-    if (name == nullptr) {
-        return nullptr;
-    }
-    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
-    HANDLE full = nullptr;
-    if (!Spool().OpenPrinterW(name, &full, &defaults)) {
-        return nullptr;
-    }
-    return full;
-}
 
 DWORD SetPrinterDataInteger(HANDLE printer, const wchar_t* name, uint32_t value) {
     return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
@@ -189,15 +171,9 @@ bool GetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD* number) {
 }
 
 DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer) {
-    BYTE info[4096] = {};
-    DWORD needed = 0;
-    const wchar_t* printerName = L"";
-    if (Spool().GetPrinterW(printer, 1, info, sizeof(info), &needed) &&
-        reinterpret_cast<PRINTER_INFO_1W*>(info)->pName != nullptr) {
-        printerName = reinterpret_cast<PRINTER_INFO_1W*>(info)->pName;
-    }
-    Trace(L"RemoveConfigMediaType(): reopening printer %ws\n", printerName);
-    UniquePrinter full(ReopenPrinterWithFullAccess(printer));
+    const PrinterName printerName(printer);
+    Trace(L"RemoveConfigMediaType(): reopening printer %ws\n", printerName.get() != nullptr ? printerName.get() : L"");
+    UniquePrinter full = ReopenPrinterWithFullAccess(printer);
     DWORD status = ERROR_ACCESS_DENIED;
     if (full) {
         status = Spool().DeletePrinterDataExW(full.get(), kMediaTypesKey, name);
@@ -269,22 +245,11 @@ DWORD RemoveConfigForm(HANDLE printer, const wchar_t* name) {
 }
 
 BOOL SetPrinterAsAdmin(HANDLE printer, DWORD level, PRINTER_INFO_2W* info) {
-    DWORD needed = 0;
-    Spool().GetPrinterW(printer, 1, nullptr, 0, &needed);
-    HeapBuffer basic(needed);
-    if (!basic) {
-        return FALSE;
-    }
     BOOL result = FALSE;
     DWORD error = 0;
-    if (Spool().GetPrinterW(printer, 1, basic.bytes(), needed, &needed)) {
-        PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
-        HANDLE full = nullptr;
-        if (Spool().OpenPrinterW(basic.as<PRINTER_INFO_1W>()->pName, &full, &defaults)) {
-            result = Spool().SetPrinterW(full, level, reinterpret_cast<BYTE*>(info), 0);
-            error = GetLastError();
-            Spool().ClosePrinter(full);
-        }
+    if (UniquePrinter full = ReopenPrinterWithFullAccess(printer)) {
+        result = Spool().SetPrinterW(full.get(), level, reinterpret_cast<BYTE*>(info), 0);
+        error = GetLastError();
     }
     Trace(L"SetPrinterAsAdmin(): %u=SetPrinter( %u )\n", result, error);
     return result;

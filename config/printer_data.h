@@ -59,7 +59,3 @@ DWORD RemoveConfigForm(HANDLE printer, const wchar_t* name);
 
 // SetPrinterW through a full-access reopen of the printer. Non-zero on success.
 BOOL SetPrinterAsAdmin(HANDLE printer, DWORD level, PRINTER_INFO_2W* info);
-
-// Opens the printer again by the name its level-1 information reports, with full access.
-// Null when that cannot be done.
-HANDLE ReopenPrinterWithFullAccess(HANDLE printer);

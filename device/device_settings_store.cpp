@@ -144,14 +144,8 @@ enum class NetworkOutcome { NotNetwork, Silent, Replied };
 
 // The network path: the reply is parsed into `config`.
 NetworkOutcome ReadOverNetwork(UIConfig& config, const CancelSignal* cancel) {
-    HANDLE printer = config.PrinterHandle;
-    DWORD needed = 0;
-    Spool().GetPrinterW(printer, 2, nullptr, 0, &needed);
-    if (needed == 0) {
-        return NetworkOutcome::NotNetwork;
-    }
-    HeapBuffer info(needed);
-    if (!info || !Spool().GetPrinterW(printer, 2, info.bytes(), needed, &needed)) {
+    const HeapBuffer info = FetchPrinterInfo(config.PrinterHandle, 2);
+    if (!info) {
         return NetworkOutcome::NotNetwork;
     }
     const wchar_t* portName = info.as<PRINTER_INFO_2W>()->pPortName;

@@ -13,7 +13,6 @@
 #include "device/protocol/legacy_reply_parser.h"
 #include "base/cancel_signal.h"
 #include "base/heap_memory.h"
-#include "base/module_state.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
 #include "base/unique_handle.h"
@@ -25,7 +24,6 @@ constexpr wchar_t kStandardTcpIpPorts[] =
     L"SYSTEM\\CurrentControlSet\\Control\\Print\\Monitors\\Standard TCP/IP Port\\Ports\\%s";
 constexpr size_t kNameCapacity = 4096;      // characters of port names and registry paths
 constexpr DWORD kHostNameBytes = 4096;      // "HostName" and "IPAddress" are read up to this size
-constexpr DWORD kDriverDirectoryChars = 4096;
 
 // The receive buffer of the network path (the request is staged in it too): one per
 // thread, so that reads of two sheets on their workers never share it.
@@ -183,30 +181,22 @@ DWORD GetLegacyData(HANDLE printer, DWORD* count, const CancelSignal* cancel) {
     }
     *count = 0;
 
-    DWORD needed = 0;
-    Spool().GetPrinterW(printer, 2, nullptr, 0, &needed);
-    const DWORD sizingError = GetLastError();
-    HeapBuffer info(needed);
-    if (needed == 0 || !info) {
-        const DWORD error = needed != 0 ? ERROR_NOT_ENOUGH_MEMORY
-                            : sizingError != ERROR_SUCCESS ? sizingError
-                                                           : ERROR_INVALID_HANDLE;
+    PrinterInfoOutcome outcome;
+    const HeapBuffer info = FetchPrinterInfo(printer, 2, &outcome);
+    const wchar_t* printerName = info ? info.as<PRINTER_INFO_2W>()->pPrinterName : nullptr;
+    if (printerName == nullptr) {
+        DWORD error = info ? GetLastError() : outcome.error;
+        if (error == ERROR_SUCCESS) {
+            error = outcome.needed == 0 ? ERROR_INVALID_HANDLE : ERROR_INVALID_PRINTER_NAME;
+        }
         Trace(L"GetLegacyData(): err=%d\n", static_cast<int>(error));
         return error;
     }
-    if (!Spool().GetPrinterW(printer, 2, info.bytes(), needed, &needed) ||
-        info.as<PRINTER_INFO_2W>()->pPrinterName == nullptr) {
-        const DWORD error = GetLastError() != ERROR_SUCCESS ? GetLastError() : ERROR_INVALID_PRINTER_NAME;
-        Trace(L"GetLegacyData(): err=%d\n", static_cast<int>(error));
-        return error;
-    }
-    const wchar_t* printerName = info.as<PRINTER_INFO_2W>()->pPrinterName;
     Trace(L"GetLegacyData(): %s\n", printerName);
 
     // A handle of our own with full access: the request is a write.
-    PRINTER_DEFAULTSW defaults = {nullptr, nullptr, PRINTER_ALL_ACCESS};
-    UniquePrinter fullAccess;
-    if (!Spool().OpenPrinterW(printerName, fullAccess.put(), &defaults)) {
+    UniquePrinter fullAccess = OpenPrinterWithFullAccess(printerName);
+    if (!fullAccess) {
         Trace(L"GetLegacyData(): err=%d\n", 0);
         return ERROR_SUCCESS;
     }
@@ -388,36 +378,4 @@ const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, i
         WSACleanup();
     }
     return reply;
-}
-
-FARPROC ExtDllLoadFunction(UIConfig& config, const char* exportName) {
-    if (config.ExtLibraryHandle == nullptr) {
-        wchar_t path[kDriverDirectoryChars + 32] = {};
-        DWORD needed = 0;
-        if (!Spool().GetPrinterDriverDirectoryW(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(path),
-                                                kDriverDirectoryChars * sizeof(wchar_t), &needed)) {
-            Trace(L"ExtDllLoadFunction(): %d=GetPrinterDriverDirectory()\n", static_cast<int>(GetLastError()));
-            return nullptr;
-        }
-        path[kDriverDirectoryChars - 1] = L'\0';
-        const size_t used = wcslen(path);
-        CopyWide(path + used, kDriverDirectoryChars + 32 - used, kExtensionLibraryPath);
-        HMODULE library = LoadLibraryInModuleContext(path);
-        if (library == nullptr) {
-            Trace(L"ExtDllLoadFunction(): %d=LoadLibrary(%ws)\n", static_cast<int>(GetLastError()), path);
-            return nullptr;
-        }
-        config.ExtLibraryHandle = library;
-        Trace(L"ExtDllLoadFunction(): lib=0x%p %ws was loaded\n", static_cast<void*>(library), path);
-    }
-    if (exportName == nullptr) {
-        return nullptr;
-    }
-    FARPROC function = GetProcAddress(static_cast<HMODULE>(config.ExtLibraryHandle), exportName);
-    if (function != nullptr) {
-        Trace(L"ExtDllLoadFunction(): function %S found\n", exportName);
-    } else {
-        Trace(L"ExtDllLoadFunction(): function %S not exported\n", exportName);
-    }
-    return function;
 }

@@ -1,5 +1,4 @@
-// The two ways the embosser's stored settings reach the plug-in, and the binding of the
-// language-monitor extension library.
+// The two ways the embosser's stored settings reach the plug-in.
 //
 // Spooler-side path (any port): GetLegacyData asks the driver's spooler-side component
 // through the printer-data value "LegacyDataAvailable" and waits for its answer; the
@@ -35,9 +34,6 @@ inline constexpr long kLegacyConnectWaitSeconds = kLegacyReceiveBudget * kLegacy
 // How often a cancellable socket wait looks at its cancel signal.
 inline constexpr long kCancelCheckMs = 100;
 
-// The language-monitor extension library, relative to the printer-driver directory.
-inline constexpr wchar_t kExtensionLibraryPath[] = L"\\3\\ozdkrnlmex.dll";
-
 // Spooler-side path. Writes "LegacyDataAvailable" = 0 through a fresh full-access handle
 // of the printer and polls the value until the component sets it to the number of
 // parameters it stored. Returns 0 with that number in *count; 0 with *count 0 when the
@@ -59,9 +55,4 @@ bool IsNetworkPort(const wchar_t* portName, uint32_t* address);
 // (*length 0).
 const char* GetLegacyDataNetwork(const wchar_t* portName, const char* request, int* length,
                                  const CancelSignal* cancel = nullptr);
-
-// The named export of the extension library, loaded on first use into
-// config.ExtLibraryHandle (a failed load is tried again at the next call); null when
-// the library or the export is missing.
-FARPROC ExtDllLoadFunction(UIConfig& config, const char* exportName);
 

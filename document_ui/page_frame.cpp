@@ -18,28 +18,17 @@ void MarkPageChanged(HWND hDlg, UIConfig* config) {
     }
 }
 
-bool CanManagePrinter(const wchar_t* printerName) {
-    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
-    HANDLE printer = nullptr;
-    if (!Spool().OpenPrinterW(printerName, &printer, &defaults)) {
-        return false;
-    }
-    Spool().ClosePrinter(printer);
-    return true;
-}
+bool CanManagePrinter(const wchar_t* printerName) { return static_cast<bool>(OpenPrinterWithFullAccess(printerName)); }
 
 INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM param) {
-    HANDLE context = GetModuleActivationContext();
-    ULONG_PTR cookie = 0;
-    if (!IsActivationContextValid(context) || !ActivateActCtx(context, &cookie)) {
+    const ModuleContextScope context;
+    if (!context.active()) {
         Trace(L"ShowModalDialog(): no activation context for dialog %u\n", templateId);
         return -1;
     }
     INITCOMMONCONTROLSEX controls = {sizeof(controls), ICC_UPDOWN_CLASS | ICC_BAR_CLASSES | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&controls);
-    const INT_PTR result = DialogBoxParamW(ghInstance, MAKEINTRESOURCEW(templateId), owner, dialogProc, param);
-    DeactivateActCtx(0, cookie);
-    return result;
+    return DialogBoxParamW(ghInstance, MAKEINTRESOURCEW(templateId), owner, dialogProc, param);
 }
 
 void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId) {

@@ -13,6 +13,7 @@
 #include "config/paper_sizes.h"
 #include "config/printer_data.h"
 #include "device/legacy_settings_writer.h"
+#include "device/protocol/pjl_commands.h"
 #include "document_ui/page_frame.h"
 #include "document_ui/paper_page.h"
 #include "resources/document_dialog_ids.h"
@@ -223,27 +224,23 @@ void FillFormsList(HWND hDlg) {
 // Adds a form to the print server through a full-access handle; `*error` the spooler's
 // error when it fails.
 BOOL AddAdvancedForm(const FORM_INFO_1W& form, DWORD* error) {
-    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
-    HANDLE printer = nullptr;
-    if (!Spool().OpenPrinterW(Config()->PrinterName, &printer, &defaults)) {
+    const UniquePrinter printer = OpenPrinterWithFullAccess(Config()->PrinterName);
+    if (!printer) {
         *error = GetLastError();
         return FALSE;
     }
-    const BOOL added = Spool().AddFormW(printer, 1, reinterpret_cast<BYTE*>(const_cast<FORM_INFO_1W*>(&form)));
+    const BOOL added = Spool().AddFormW(printer.get(), 1, reinterpret_cast<BYTE*>(const_cast<FORM_INFO_1W*>(&form)));
     *error = added ? ERROR_SUCCESS : GetLastError();
-    Spool().ClosePrinter(printer);
     return added;
 }
 
 bool DeleteAdvancedForm(const wchar_t* name) {
-    PRINTER_DEFAULTSW defaults = {const_cast<wchar_t*>(L"RAW"), nullptr, PRINTER_ALL_ACCESS};
-    HANDLE printer = nullptr;
-    if (!Spool().OpenPrinterW(Config()->PrinterName, &printer, &defaults)) {
+    const UniquePrinter printer = OpenPrinterWithFullAccess(Config()->PrinterName);
+    if (!printer) {
         return false;
     }
-    const BOOL deleted = Spool().DeleteFormW(printer, name);
+    const BOOL deleted = Spool().DeleteFormW(printer.get(), name);
     Trace(L"DeleteAdvancedForm(): %u=DeleteForm(), %ws\n", deleted, name);
-    Spool().ClosePrinter(printer);
     return deleted != FALSE;
 }
 
@@ -445,8 +442,7 @@ INT_PTR CALLBACK CustomMediaTypeDlgProc(HWND hDlg, UINT message, WPARAM wParam, 
         EndDialog(hDlg, IDCANCEL);
         return TRUE;
     case IDC_TEST_PATTERN:
-        SendPrinterCommand(media->config->PrinterName, kMediaTestPatternCommand,
-                           static_cast<DWORD>(sizeof(kMediaTestPatternCommand) - 1));
+        SendPrinterCommand(media->config->PrinterName, kPjlMediaForceCommand, kPjlMediaForceCommandLength);
         return TRUE;
     default:
         return FALSE;

@@ -43,6 +43,3 @@ struct CustomFormParam {
     SIZEL size;  // micrometres
 };
 INT_PTR CALLBACK CustomFormDlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam);
-
-// The raw job that makes the embosser print its media test pattern.
-inline constexpr char kMediaTestPatternCommand[] = "\x1b%-12345X@PJL SERVICE MEDIAFORCE\r\n";

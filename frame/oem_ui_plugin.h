@@ -79,7 +79,6 @@ public:
     // The address of the object's configuration pointer, as handed to the page code:
     // every page opened through this object shares the record it points to.
     UIConfig** ConfigSlot() noexcept { return &config_; }
-    IPrintOemDriverUI* DriverInterface() const noexcept { return driverUI_; }
 
 private:
     ~OemUIPlugin() = default;

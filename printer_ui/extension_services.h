@@ -20,6 +20,8 @@
 
 #include <cstdint>
 
+#include "config/extension_library.h"
+
 inline constexpr char kPrinterServiceExport[] = "DllExportPrinterService";
 inline constexpr char kGetPrinterErrorExport[] = "DllExportGetPrinterError";
 inline constexpr char kGetPrinterErrorTextExport[] = "DllExportGetPrinterErrorText";

@@ -203,14 +203,8 @@ void SetResetDefault(OPTITEM& item) {
 // modal window of the module. The answer is given back for the trace only.
 int AskToReset(HWND owner, const UIConfig& config) {
     const wchar_t* question = GetLocalString(&config, IDS_RESET_LEGACY_SETTINGS);
-    HANDLE context = GetModuleActivationContext();
-    ULONG_PTR cookie = 0;
-    const bool activated = IsActivationContextValid(context) && ActivateActCtx(context, &cookie);
-    const int answer = MessageBoxW(owner, question, config.PrinterName, MB_YESNO);
-    if (activated) {
-        DeactivateActCtx(0, cookie);
-    }
-    return answer;
+    const ModuleContextScope context;
+    return MessageBoxW(owner, question, config.PrinterName, MB_YESNO);
 }
 
 }  // namespace

@@ -46,13 +46,10 @@ public:
         // EnableWindow answers whether the window was disabled before.
         sheetDisabledHere_ = sheet_ != nullptr && !EnableWindow(sheet_, FALSE);
 
-        HANDLE context = GetModuleActivationContext();
-        ULONG_PTR cookie = 0;
-        const bool activated = IsActivationContextValid(context) && ActivateActCtx(context, &cookie);
-        window_ = CreateDialogParamW(ghInstance, MAKEINTRESOURCEW(IDD_READING_NOTICE), sheet_, ReadingNoticeDlgProc,
-                                     reinterpret_cast<LPARAM>(worker));
-        if (activated) {
-            DeactivateActCtx(0, cookie);
+        {
+            const ModuleContextScope context;
+            window_ = CreateDialogParamW(ghInstance, MAKEINTRESOURCEW(IDD_READING_NOTICE), sheet_,
+                                         ReadingNoticeDlgProc, reinterpret_cast<LPARAM>(worker));
         }
         if (window_ == nullptr) {
             Trace(L"ReadDeviceSettingsWithNotice(): %d=CreateDialogParam()\n", static_cast<int>(GetLastError()));

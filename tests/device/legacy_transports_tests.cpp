@@ -1,10 +1,9 @@
-// The network transport of the embosser's settings and the extension library binding,
-// against real peers: the simulator on loopback, Standard TCP/IP port keys in the real
-// registry. The spooler-side transport is checked with GetQuorlSettings.
+// The network transport of the embosser's settings, against real peers: the simulator
+// on loopback, Standard TCP/IP port keys in the real registry. The spooler-side transport
+// is checked with GetQuorlSettings.
 #include "support/embosser_fixtures.h"
 
 #include "device/legacy_transports.h"
-#include "support/host_fixtures.h"
 
 using devicetest::Simulating;
 using embosser_sim::Behaviour;
@@ -84,23 +83,4 @@ TEST(GetLegacyDataNetwork, ReadsUntilTheEmbosserClosesAtMost4095BytesWithoutTenW
             EXPECT_LT(elapsed, 12000u) << "the connection attempt is bounded";
         }
     }
-}
-
-TEST(ExtDllLoadFunction, LoadsTheLibraryOnceAndRetriesAFailedLoad) {
-    UIConfig config = {};
-    {
-        testenv::PlacedCompanion none(L"", testenv::ExtensionLibraryPath());
-        EXPECT_EQ(ExtDllLoadFunction(config, "DllCanUnloadNow"), nullptr);
-        EXPECT_EQ(config.ExtLibraryHandle, nullptr);
-    }
-    // Any library with exports stands for the extension here: the plug-in itself.
-    testenv::PlacedCompanion plugIn(testenv::PrinterDriverDirectory() + L"\\3\\ozdkrnui.dll",
-                                    testenv::ExtensionLibraryPath());
-    const FARPROC found = ExtDllLoadFunction(config, "DllCanUnloadNow");
-    const HMODULE loaded = static_cast<HMODULE>(config.ExtLibraryHandle);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(found, GetProcAddress(loaded, "DllCanUnloadNow"));
-    config.ExtLibraryHandle = GetModuleHandleW(L"kernel32.dll");  // a loaded library is kept
-    EXPECT_EQ(ExtDllLoadFunction(config, "DllCanUnloadNow"), nullptr);
-    FreeLibrary(loaded);
 }
