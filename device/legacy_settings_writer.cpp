@@ -128,13 +128,11 @@ DWORD SendPrinterCommand(const wchar_t* printerName, const void* bytes, DWORD le
         return error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
     };
     UniquePrinter printer;
-    if (!Spool().OpenPrinterW(printerName, printer.put(), nullptr)) {
-        PRINTER_DEFAULTSW defaults = {nullptr, nullptr, PRINTER_ALL_ACCESS};
-        if (!Spool().OpenPrinterW(printerName, printer.put(), &defaults)) {
-            const DWORD error = lastError();
-            Trace(L"SendPrinterCommand(): %d=OpenPrinter()\n", static_cast<int>(error));
-            return error;
-        }
+    if (!Spool().OpenPrinterW(printerName, printer.put(), nullptr) &&
+        !(printer = OpenPrinterWithFullAccess(printerName))) {
+        const DWORD error = lastError();
+        Trace(L"SendPrinterCommand(): %d=OpenPrinter()\n", static_cast<int>(error));
+        return error;
     }
     DOC_INFO_1W document = {};
     if (Spool().StartDocPrinterW(printer.get(), 1, reinterpret_cast<BYTE*>(&document)) == 0) {
