@@ -11,8 +11,6 @@
 
 namespace {
 
-UIConfig* gMediaTypeConfig = nullptr;
-
 // The writers' rule: one write through the caller's handle; only when it fails, the same
 // write once more through a full-access reopen. A failed reopen keeps the first status.
 template <typename Write>
@@ -146,13 +144,11 @@ bool GetPrinterDataPaperSize(HANDLE printer, PaperDimensions* size) {
     return true;
 }
 
-void SetCurrentMediaTypeConfig(UIConfig* config) { gMediaTypeConfig = config; }
-
-DWORD SetConfigMediaType(const wchar_t* name, DWORD number) {
-    if (gMediaTypeConfig == nullptr) {
+DWORD SetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD number) {
+    if (printer == nullptr) {
         return ERROR_INVALID_HANDLE;
     }
-    return WriteWithFullAccessRetry(gMediaTypeConfig->hPrinter, [&](HANDLE target) {
+    return WriteWithFullAccessRetry(printer, [&](HANDLE target) {
         return Spool().SetPrinterDataExW(target, kMediaTypesKey, name, REG_DWORD, AsBytes(&number), sizeof(number));
     });
 }

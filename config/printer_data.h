@@ -40,10 +40,8 @@ DWORD SetPrinterDataString(HANDLE printer, const wchar_t* name, const wchar_t* v
 DWORD SetPrinterDataPaperSize(HANDLE printer, const wchar_t* name, const PaperDimensions* size, DWORD bytes);
 
 // Custom media types under "Config\\MediaTypes".
-// The configuration whose printer handle SetConfigMediaType writes through (the one the
-// paper dialog is working on); null when none.
-void SetCurrentMediaTypeConfig(UIConfig* config);
-DWORD SetConfigMediaType(const wchar_t* name, DWORD number);
+// ERROR_INVALID_HANDLE without a printer.
+DWORD SetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD number);
 DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer);
 // The number stored for a custom media type. False when it cannot be read.
 bool GetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD* number);

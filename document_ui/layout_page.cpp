@@ -10,13 +10,9 @@
 
 namespace {
 
-// One Layout page at a time per process.
-UIConfig* gLayoutConfig = nullptr;
-bool gLayoutChanged = false;
-
-void MarkLayoutChanged(HWND hDlg) {
-    gLayoutChanged = true;
-    MarkPageChanged(hDlg, gLayoutConfig);
+void MarkLayoutChanged(HWND hDlg, PageState& page) {
+    page.changed = true;
+    MarkPageChanged(hDlg, page.config);
 }
 
 void RedrawPicture(HWND hDlg, int id) { InvalidateRect(GetDlgItem(hDlg, id), nullptr, TRUE); }
@@ -100,7 +96,7 @@ UINT LayoutPicture(HWND hDlg, int control) {
     }
 }
 
-void OnLayoutClick(HWND hDlg, int id) {
+void OnLayoutClick(HWND hDlg, PageState& page, int id) {
     switch (id) {
     case IDC_OPEN_TO_LEFT:
     case IDC_OPEN_TO_TOP:
@@ -118,7 +114,7 @@ void OnLayoutClick(HWND hDlg, int id) {
     case IDC_DOUBLE_SIDED:
         CheckRadio(hDlg, IDC_SINGLE_SIDED, IDC_DOUBLE_SIDED, id);
         EnableInterpointOptions(hDlg);
-        gLayoutConfig->LoadedInterPoint = id == IDC_DOUBLE_SIDED ? 1 : 0;
+        page.config->LoadedInterPoint = id == IDC_DOUBLE_SIDED ? 1 : 0;
         break;
     case IDC_INSERT_EMPTY_PAGE:
         EnableInterpointOptions(hDlg);
@@ -137,12 +133,12 @@ void OnLayoutClick(HWND hDlg, int id) {
         break;
     case IDC_ADVANCED:
         ShowModalDialog(IDD_LAYOUT_ADVANCED, hDlg, DocumentLayoutAdvancedDlgProc,
-                        reinterpret_cast<LPARAM>(gLayoutConfig));
+                        reinterpret_cast<LPARAM>(page.config));
         return;  // the dialog writes its own values
     default:
         return;
     }
-    MarkLayoutChanged(hDlg);
+    MarkLayoutChanged(hDlg, page);
 }
 
 }  // namespace
@@ -152,24 +148,22 @@ UINT CALLBACK DocumentLayoutPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* pag
 }
 
 INT_PTR CALLBACK DocumentLayoutPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
+    PageState* page = PageStateOf(hDlg);
     switch (message) {
-    case WM_INITDIALOG: {
-        gLayoutConfig = TakePageConfig(hDlg, lParam, L"DocumentLayoutPropPageProc");
-        SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(gLayoutConfig));
-        gLayoutChanged = false;
-        if (gLayoutConfig != nullptr) {
-            InitLayoutPage(hDlg, gLayoutConfig);
+    case WM_INITDIALOG:
+        page = TakePageState(hDlg, lParam, L"DocumentLayoutPropPageProc");
+        if (page != nullptr) {
+            InitLayoutPage(hDlg, page->config);
         }
         return TRUE;
-    }
     case WM_COMMAND:
-        if (gLayoutConfig == nullptr) {
+        if (page == nullptr) {
             return FALSE;
         }
         if (HIWORD(wParam) == BN_CLICKED) {
-            OnLayoutClick(hDlg, LOWORD(wParam));
+            OnLayoutClick(hDlg, *page, LOWORD(wParam));
         } else if (LOWORD(wParam) == IDC_LAYOUT_LIST && HIWORD(wParam) == CBN_SELCHANGE) {
-            MarkLayoutChanged(hDlg);
+            MarkLayoutChanged(hDlg, *page);
         }
         return TRUE;
     case WM_DRAWITEM: {
@@ -186,14 +180,17 @@ INT_PTR CALLBACK DocumentLayoutPropPageProc(HWND hDlg, UINT message, WPARAM wPar
         if (header->code != PSN_APPLY) {
             return FALSE;
         }
-        return AnswerApply(hDlg, header, L"DocumentLayoutPropPageProc", gLayoutChanged && gLayoutConfig != nullptr,
-                           [hDlg] {
-                               ApplyLayoutChanges(hDlg, gLayoutConfig);
-                               gLayoutChanged = false;
+        return AnswerApply(hDlg, header, L"DocumentLayoutPropPageProc", page != nullptr && page->changed,
+                           [hDlg, page] {
+                               ApplyLayoutChanges(hDlg, page->config);
+                               page->changed = false;
                            });
     }
     case WM_USER + 1:
         Trace(L"DocumentLayoutPropPageProc(): WM_USER + 1\n");
+        return FALSE;
+    case WM_NCDESTROY:
+        DropPageState(hDlg);
         return FALSE;
     default:
         return FALSE;

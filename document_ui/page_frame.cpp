@@ -2,6 +2,8 @@
 
 #include <prsht.h>
 
+#include <new>
+
 #include "base/module_pages.h"
 #include "base/module_state.h"
 #include "base/spooler.h"
@@ -39,10 +41,19 @@ int GetPageIndex(HWND hDlg) {
     return static_cast<int>(SendMessageW(GetParent(hDlg), PSM_HWNDTOINDEX, reinterpret_cast<WPARAM>(hDlg), 0));
 }
 
-UIConfig* TakePageConfig(HWND hDlg, LPARAM lParam, const wchar_t* routine) {
+PageState* TakePageState(HWND hDlg, LPARAM lParam, const wchar_t* routine) {
     auto* config = reinterpret_cast<UIConfig*>(reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam);
     Trace(L"%s(): hDlg=%p, page index=%d\n", routine, static_cast<void*>(hDlg), GetPageIndex(hDlg));
-    return config;
+    PageState* state = config != nullptr ? new (std::nothrow) PageState{config, false, false} : nullptr;
+    SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(state));
+    return state;
+}
+
+PageState* PageStateOf(HWND hDlg) { return reinterpret_cast<PageState*>(GetWindowLongPtrW(hDlg, DWLP_USER)); }
+
+void DropPageState(HWND hDlg) {
+    delete PageStateOf(hDlg);
+    SetWindowLongPtrW(hDlg, DWLP_USER, 0);
 }
 
 INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool changed,

@@ -27,9 +27,22 @@ void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId);
 // The page index the sheet reports for a page window (PSM_HWNDTOINDEX).
 int GetPageIndex(HWND hDlg);
 
+// What a page keeps with its window (DWLP_USER), from WM_INITDIALOG to WM_NCDESTROY, so
+// that pages of two sheets open at once never see each other's state.
+struct PageState {
+    UIConfig* config;  // the page record's configuration, never null
+    bool changed;      // the page has something to apply
+    bool canManage;    // the user may manage the printer
+};
+
 // WM_INITDIALOG of a page: the configuration its page record carries, traced as
-// "<routine>(): hDlg=..., page index=...".
-UIConfig* TakePageConfig(HWND hDlg, LPARAM lParam, const wchar_t* routine);
+// "<routine>(): hDlg=..., page index=...", in a new state kept with the page's window.
+// Null (and nothing kept) when the record carries no configuration.
+PageState* TakePageState(HWND hDlg, LPARAM lParam, const wchar_t* routine);
+// The state kept with a page's window; null when it has none.
+PageState* PageStateOf(HWND hDlg);
+// WM_NCDESTROY of a page: frees the state kept with its window.
+void DropPageState(HWND hDlg);
 
 // PSN_APPLY of a page: runs `apply` when the page has changes, traces either way and
 // never refuses. The answer for the dialog procedure.

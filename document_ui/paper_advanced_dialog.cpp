@@ -25,11 +25,12 @@ namespace {
 constexpr int kBuiltInMediaEntries = kMediaTypeEntries - 1;
 constexpr int kMaxFormMicrometres = 10000000;  // 10 m
 
-// The dialog that is open (one at a time).
-PaperAdvancedParam* gAdvancedParam = nullptr;
-bool gAdvancedCanManage = false;
+// What the dialog was opened with, kept with its window.
+PaperAdvancedParam& Param(HWND hDlg) {
+    return *reinterpret_cast<PaperAdvancedParam*>(GetWindowLongPtrW(hDlg, DWLP_USER));
+}
 
-UIConfig* Config() { return gAdvancedParam->config; }
+UIConfig* Config(HWND hDlg) { return Param(hDlg).config; }
 
 LRESULT Send(HWND hDlg, int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return SendDlgItemMessageW(hDlg, id, message, wParam, lParam);
@@ -38,11 +39,11 @@ LRESULT Send(HWND hDlg, int id, UINT message, WPARAM wParam = 0, LPARAM lParam =
 void EnableApply(HWND hDlg) { EnableControl(hDlg, ID_APPLY_NOW, true); }
 
 void EnableRemove(HWND hDlg, int index) {
-    EnableControl(hDlg, IDC_REMOVE_MEDIA_TYPE, gAdvancedCanManage && index >= kBuiltInMediaEntries);
+    EnableControl(hDlg, IDC_REMOVE_MEDIA_TYPE, Param(hDlg).canManage && index >= kBuiltInMediaEntries);
 }
 
 int MessageBoxOf(HWND hDlg, UINT textId, UINT captionId, UINT style) {
-    return ShowLocalMessage(hDlg, Config(), textId, captionId, style);
+    return ShowLocalMessage(hDlg, Config(hDlg), textId, captionId, style);
 }
 
 // The built-in media and then the printer's own types, each with its media code.
@@ -50,11 +51,11 @@ void FillMediaCombo(HWND hDlg) {
     Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_RESETCONTENT);
     for (int i = 1; i <= kBuiltInMediaEntries; ++i) {
         const LRESULT entry = Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_ADDSTRING, 0,
-                                   reinterpret_cast<LPARAM>(GetLocalString(Config(), MediaTypeStringId(i))));
+                                   reinterpret_cast<LPARAM>(GetLocalString(Config(hDlg), MediaTypeStringId(i))));
         Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_SETITEMDATA, entry, MediaTypeCode(i));
     }
     DWORD bytes = 0;
-    if (EnumConfigMediaTypes(Config(), nullptr, &bytes) < 1 || bytes == 0) {
+    if (EnumConfigMediaTypes(Config(hDlg), nullptr, &bytes) < 1 || bytes == 0) {
         return;
     }
     HeapBuffer names(bytes + 2 * sizeof(wchar_t));  // room for the closing terminator
@@ -62,7 +63,7 @@ void FillMediaCombo(HWND hDlg) {
         return;
     }
     DWORD filled = 0;
-    EnumConfigMediaTypes(Config(), names.as<wchar_t>(), &filled);
+    EnumConfigMediaTypes(Config(hDlg), names.as<wchar_t>(), &filled);
     const wchar_t* end = names.as<wchar_t>() + bytes / sizeof(wchar_t);
     for (const wchar_t* name = names.as<wchar_t>(); name < end && *name != L'\0'; name += wcslen(name) + 1) {
         const LRESULT entry = Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name));
@@ -84,7 +85,7 @@ bool MediaEntryText(HWND hDlg, int index, wchar_t* text) {
 
 void SelectMedia(HWND hDlg, int index) {
     Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_SETCURSEL, index);
-    gAdvancedParam->mediaIndex = index;
+    Param(hDlg).mediaIndex = index;
     EnableRemove(hDlg, index);
 }
 
@@ -94,50 +95,50 @@ void OnMediaSelected(HWND hDlg) {
         return;
     }
     SelectMedia(hDlg, index);
-    gAdvancedParam->mediaCode = static_cast<uint32_t>(Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_GETITEMDATA, index));
+    Param(hDlg).mediaCode = static_cast<uint32_t>(Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_GETITEMDATA, index));
     if (index >= kBuiltInMediaEntries) {
-        MediaEntryText(hDlg, index, Config()->CustomMediaName);
+        MediaEntryText(hDlg, index, Config(hDlg)->CustomMediaName);
     }
-    gAdvancedParam->flags |= kMediaSelectionChanged;
+    Param(hDlg).flags |= kMediaSelectionChanged;
     EnableApply(hDlg);
 }
 
 void AddMediaType(HWND hDlg) {
-    CustomMediaTypeParam media = {Config(), IDC_ADD_MEDIA_TYPE, TRUE, 8, 2, {}};
-    FormatWide(media.name, kTextCapacity, L"%s %d", GetLocalString(Config(), IDS_CUSTOM_DEFINED),
+    CustomMediaTypeParam media = {Config(hDlg), IDC_ADD_MEDIA_TYPE, TRUE, 8, 2, {}};
+    FormatWide(media.name, kTextCapacity, L"%s %d", GetLocalString(Config(hDlg), IDS_CUSTOM_DEFINED),
                CustomMediaTypeCount(hDlg) + 1);
     if (ShowModalDialog(IDD_CUSTOM_MEDIA_TYPE, hDlg, CustomMediaTypeDlgProc, reinterpret_cast<LPARAM>(&media)) !=
         IDOK) {
         return;
     }
-    SetConfigMediaType(media.name, (media.highest << 8) | media.lowest);
+    SetConfigMediaType(Config(hDlg)->hPrinter, media.name, (media.highest << 8) | media.lowest);
     FillMediaCombo(hDlg);
     const int last = static_cast<int>(Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_GETCOUNT)) - 1;
     SelectMedia(hDlg, last);
-    gAdvancedParam->mediaCode = kCustomMediaCode;
-    MediaEntryText(hDlg, last, Config()->CustomMediaName);
-    gAdvancedParam->flags |= kMediaSelectionChanged;
+    Param(hDlg).mediaCode = kCustomMediaCode;
+    MediaEntryText(hDlg, last, Config(hDlg)->CustomMediaName);
+    Param(hDlg).flags |= kMediaSelectionChanged;
     EnableApply(hDlg);
 }
 
 // The printer's own types can be changed; a built-in one is only shown.
 void EditMediaType(HWND hDlg) {
     const int index = static_cast<int>(Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_GETCURSEL));
-    CustomMediaTypeParam media = {Config(), IDC_EDIT_MEDIA_TYPE, FALSE, 8, 2, {}};
+    CustomMediaTypeParam media = {Config(hDlg), IDC_EDIT_MEDIA_TYPE, FALSE, 8, 2, {}};
     if (!MediaEntryText(hDlg, index, media.name)) {
         return;
     }
     DWORD stored = 0;
-    if (index >= kBuiltInMediaEntries && GetConfigMediaType(Config()->hPrinter, media.name, &stored)) {
-        media.changeable = gAdvancedCanManage;
+    if (index >= kBuiltInMediaEntries && GetConfigMediaType(Config(hDlg)->hPrinter, media.name, &stored)) {
+        media.changeable = Param(hDlg).canManage;
         media.highest = (stored >> 8) & 0xFF;
         media.lowest = stored & 0xFF;
     }
     if (ShowModalDialog(IDD_CUSTOM_MEDIA_TYPE, hDlg, CustomMediaTypeDlgProc, reinterpret_cast<LPARAM>(&media)) ==
             IDOK &&
         media.changeable) {
-        SetConfigMediaType(media.name, (media.highest << 8) | media.lowest);
-        gAdvancedParam->flags |= kMediaSelectionChanged;
+        SetConfigMediaType(Config(hDlg)->hPrinter, media.name, (media.highest << 8) | media.lowest);
+        Param(hDlg).flags |= kMediaSelectionChanged;
         EnableApply(hDlg);
     }
 }
@@ -154,18 +155,18 @@ void RemoveMediaType(HWND hDlg) {
     }
     wchar_t name[kTextCapacity] = {};
     if (MediaEntryText(hDlg, index, name)) {
-        RemoveConfigMediaType(name, Config()->hPrinter);
+        RemoveConfigMediaType(name, Config(hDlg)->hPrinter);
     }
     const int previous = index - 1;
     if (previous >= kBuiltInMediaEntries) {
-        gAdvancedParam->mediaCode = kCustomMediaCode;
-        MediaEntryText(hDlg, previous, Config()->CustomMediaName);
+        Param(hDlg).mediaCode = kCustomMediaCode;
+        MediaEntryText(hDlg, previous, Config(hDlg)->CustomMediaName);
     } else {
-        gAdvancedParam->mediaCode = MediaTypeCode(previous + 1);
+        Param(hDlg).mediaCode = MediaTypeCode(previous + 1);
     }
     FillMediaCombo(hDlg);
     SelectMedia(hDlg, previous);
-    gAdvancedParam->flags |= kMediaTypeRemoved;
+    Param(hDlg).flags |= kMediaTypeRemoved;
     EnableApply(hDlg);
 }
 
@@ -188,11 +189,11 @@ void ShowFormSize(HWND hDlg) {
         SetDlgItemTextW(hDlg, IDC_FORM_SIZE_TEXT, L"");
         return;
     }
-    const PaperDimensions size = GetFormSize(Config()->hPrinter, name);
+    const PaperDimensions size = GetFormSize(Config(hDlg)->hPrinter, name);
     const bool metric = MetricShown(hDlg);
     const double divisor = metric ? 10000.0 : 25400.0;
     wchar_t unit[kTextCapacity] = {};
-    CopyWide(unit, kTextCapacity, GetLocalString(Config(), metric ? IDS_CENTIMETERS : IDS_INCHES));
+    CopyWide(unit, kTextCapacity, GetLocalString(Config(hDlg), metric ? IDS_CENTIMETERS : IDS_INCHES));
     wchar_t text[2 * kTextCapacity] = {};
     FormatWide(text, 2 * kTextCapacity, L"%.02f %ws\r\n%.02f %ws", size.cx / divisor, unit, size.cy / divisor, unit);
     SetDlgItemTextW(hDlg, IDC_FORM_SIZE_TEXT, text);
@@ -201,13 +202,13 @@ void ShowFormSize(HWND hDlg) {
 void OnFormSelected(HWND hDlg) {
     ShowFormSize(hDlg);
     wchar_t name[kFormNameCapacity] = {};
-    const bool own = SelectedForm(hDlg, name) >= 0 && IsConfigForm(Config()->hPrinter, name);
-    EnableControl(hDlg, IDC_DELETE_FORM, gAdvancedCanManage && own);
+    const bool own = SelectedForm(hDlg, name) >= 0 && IsConfigForm(Config(hDlg)->hPrinter, name);
+    EnableControl(hDlg, IDC_DELETE_FORM, Param(hDlg).canManage && own);
 }
 
 void FillFormsList(HWND hDlg) {
     int count = 0;
-    HeapBuffer names = FetchPrinterPaperNames(Config()->hPrinter, &count);
+    HeapBuffer names = FetchPrinterPaperNames(Config(hDlg)->hPrinter, &count);
     for (int i = 0; i < count; ++i) {
         wchar_t name[kFormNameCapacity] = {};
         CopyPaperName(names.as<wchar_t>(), i, name, kFormNameCapacity);
@@ -217,14 +218,14 @@ void FillFormsList(HWND hDlg) {
     for (int id : {IDC_FORMS_LIST, IDC_METRIC, IDC_ENGLISH}) {
         EnableControl(hDlg, id, listed);
     }
-    EnableControl(hDlg, IDC_ADD_CUSTOM_FORM, listed && gAdvancedCanManage);
+    EnableControl(hDlg, IDC_ADD_CUSTOM_FORM, listed && Param(hDlg).canManage);
     EnableControl(hDlg, IDC_DELETE_FORM, false);  // until one of this printer's forms is chosen
 }
 
 // Adds a form to the print server through a full-access handle; `*error` the spooler's
 // error when it fails.
-BOOL AddAdvancedForm(const FORM_INFO_1W& form, DWORD* error) {
-    const UniquePrinter printer = OpenPrinterWithFullAccess(Config()->PrinterName);
+BOOL AddAdvancedForm(const wchar_t* printerName, const FORM_INFO_1W& form, DWORD* error) {
+    const UniquePrinter printer = OpenPrinterWithFullAccess(printerName);
     if (!printer) {
         *error = GetLastError();
         return FALSE;
@@ -234,8 +235,8 @@ BOOL AddAdvancedForm(const FORM_INFO_1W& form, DWORD* error) {
     return added;
 }
 
-bool DeleteAdvancedForm(const wchar_t* name) {
-    const UniquePrinter printer = OpenPrinterWithFullAccess(Config()->PrinterName);
+bool DeleteAdvancedForm(const wchar_t* printerName, const wchar_t* name) {
+    const UniquePrinter printer = OpenPrinterWithFullAccess(printerName);
     if (!printer) {
         return false;
     }
@@ -245,7 +246,7 @@ bool DeleteAdvancedForm(const wchar_t* name) {
 }
 
 void AddCustomForm(HWND hDlg) {
-    CustomFormParam param = {MetricShown(hDlg), {}, {}};
+    CustomFormParam param = {Config(hDlg), MetricShown(hDlg), {}, {}};
     if (ShowModalDialog(IDD_CUSTOM_FORM, hDlg, CustomFormDlgProc, reinterpret_cast<LPARAM>(&param)) != IDOK) {
         return;
     }
@@ -255,11 +256,11 @@ void AddCustomForm(HWND hDlg) {
     form.Size = param.size;
     form.ImageableArea = {0, 0, param.size.cx, param.size.cy};
     DWORD error = ERROR_SUCCESS;
-    const BOOL added = AddAdvancedForm(form, &error);
+    const BOOL added = AddAdvancedForm(Config(hDlg)->PrinterName, form, &error);
     if (added && error == ERROR_SUCCESS) {
-        SetConfigForm(Config()->hPrinter, &form);
+        SetConfigForm(Config(hDlg)->hPrinter, &form);
         Send(hDlg, IDC_FORMS_LIST, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(param.name));
-        gAdvancedParam->flags |= kFormAdded;
+        Param(hDlg).flags |= kFormAdded;
         EnableApply(hDlg);
     } else if (error == ERROR_FILE_EXISTS) {
         MessageBoxOf(hDlg, IDS_FORM_NAME_EXISTS, IDS_ADD_FORM, MB_OK | MB_ICONINFORMATION);
@@ -272,57 +273,58 @@ void AddCustomForm(HWND hDlg) {
 void DeleteForm(HWND hDlg) {
     wchar_t name[kFormNameCapacity] = {};
     const int index = SelectedForm(hDlg, name);
-    if (index < 0 || !IsConfigForm(Config()->hPrinter, name)) {
+    if (index < 0 || !IsConfigForm(Config(hDlg)->hPrinter, name)) {
         return;  // only this printer's own forms
     }
     if (MessageBoxOf(hDlg, IDS_DELETE_FORM_QUESTION, IDS_DELETE_FORM, MB_YESNO | MB_ICONQUESTION) != IDYES) {
         return;
     }
-    if (DeleteAdvancedForm(name)) {
-        RemoveConfigForm(Config()->hPrinter, name);
+    if (DeleteAdvancedForm(Config(hDlg)->PrinterName, name)) {
+        RemoveConfigForm(Config(hDlg)->hPrinter, name);
         Send(hDlg, IDC_FORMS_LIST, LB_DELETESTRING, index);
         EnableControl(hDlg, IDC_DELETE_FORM, false);
         SetDlgItemTextW(hDlg, IDC_FORM_SIZE_TEXT, L"");
-        gAdvancedParam->flags |= kFormDeleted;
+        Param(hDlg).flags |= kFormDeleted;
         EnableApply(hDlg);
     }
 }
 
 void UpdatePaperAdvancedConfig(HWND hDlg) {
-    Trace(L"UpdatePaperAdvancedConfig(): updating\n");
+    Trace(L"UpdatePaperAdvancedConfig(hDlg): updating\n");
     const int index = static_cast<int>(Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_GETCURSEL));
     if (index >= kBuiltInMediaEntries) {
-        MediaEntryText(hDlg, index, Config()->CustomMediaName);
+        MediaEntryText(hDlg, index, Config(hDlg)->CustomMediaName);
     }
 }
 
 void InitPaperAdvanced(HWND hDlg) {
-    gAdvancedCanManage = CanManagePrinter(Config()->PrinterName);
-    SetCurrentMediaTypeConfig(Config());
+    PaperAdvancedParam& param = Param(hDlg);
+    param.canManage = CanManagePrinter(param.config->PrinterName);
     FillMediaCombo(hDlg);
-    SelectMedia(hDlg, gAdvancedParam->mediaIndex);
-    EnableControl(hDlg, IDC_ADD_MEDIA_TYPE, gAdvancedCanManage);
-    EnableControl(hDlg, IDC_EDIT_MEDIA_TYPE, gAdvancedCanManage);
+    SelectMedia(hDlg, param.mediaIndex);
+    EnableControl(hDlg, IDC_ADD_MEDIA_TYPE, param.canManage);
+    EnableControl(hDlg, IDC_EDIT_MEDIA_TYPE, param.canManage);
     CheckRadio(hDlg, IDC_METRIC, IDC_ENGLISH, IDC_METRIC);
     FillFormsList(hDlg);
-    SetAdvancedTitle(hDlg, Config());
+    SetAdvancedTitle(hDlg, Config(hDlg));
     EnableControl(hDlg, ID_APPLY_NOW, false);
-    TranslateDialog(Config(), hDlg);
+    TranslateDialog(Config(hDlg), hDlg);
 }
 
 }  // namespace
 
 INT_PTR CALLBACK DocumentPaperAdvancedDlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_INITDIALOG) {
-        gAdvancedParam = reinterpret_cast<PaperAdvancedParam*>(lParam);
-        if (gAdvancedParam == nullptr || gAdvancedParam->config == nullptr) {
+        const auto* param = reinterpret_cast<const PaperAdvancedParam*>(lParam);
+        if (param == nullptr || param->config == nullptr) {
             EndDialog(hDlg, IDCANCEL);
             return TRUE;
         }
+        SetWindowLongPtrW(hDlg, DWLP_USER, lParam);
         InitPaperAdvanced(hDlg);
         return TRUE;
     }
-    if (message != WM_COMMAND || gAdvancedParam == nullptr) {
+    if (message != WM_COMMAND || GetWindowLongPtrW(hDlg, DWLP_USER) == 0) {
         return FALSE;
     }
     const int id = LOWORD(wParam);
@@ -475,8 +477,8 @@ INT_PTR CALLBACK CustomFormDlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARA
         SetWindowLongPtrW(hDlg, DWLP_USER, lParam);
         SendDlgItemMessageW(hDlg, IDC_FORM_NAME, EM_LIMITTEXT, kFormNameCapacity - 1, 0);
         CheckRadio(hDlg, IDC_METRIC, IDC_ENGLISH, form->metric ? IDC_METRIC : IDC_ENGLISH);
-        if (gAdvancedParam != nullptr) {
-            TranslateDialog(Config(), hDlg);
+        if (form->config != nullptr) {
+            TranslateDialog(form->config, hDlg);
         }
         return TRUE;
     }

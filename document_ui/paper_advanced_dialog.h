@@ -15,12 +15,14 @@ inline constexpr DWORD kFormAdded = 2;
 inline constexpr DWORD kMediaTypeRemoved = 4;
 inline constexpr DWORD kFormDeleted = 8;
 
-// Handed in by the Paper/Media page and filled on the way out.
+// Handed in by the Paper/Media page and filled on the way out; the dialog keeps it with
+// its window while it is open.
 struct PaperAdvancedParam {
     UIConfig* config;
     DWORD flags;
     int mediaIndex;  // in the dialog's media list: the page's index minus one
     uint32_t mediaCode;
+    bool canManage;  // the dialog's: the user may manage the printer
 };
 
 INT_PTR CALLBACK DocumentPaperAdvancedDlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam);
@@ -38,6 +40,7 @@ INT_PTR CALLBACK CustomMediaTypeDlgProc(HWND hDlg, UINT message, WPARAM wParam, 
 
 // The custom form dialog: a name and a size typed in the chosen unit.
 struct CustomFormParam {
+    const UIConfig* config;  // whose translation the dialog shows
     bool metric;
     wchar_t name[kFormNameCapacity];
     SIZEL size;  // micrometres

@@ -16,10 +16,6 @@
 
 namespace {
 
-// One Paper/Media page at a time per process.
-UIConfig* gPaperConfig = nullptr;
-bool gPaperChanged = false;
-
 const struct {
     UINT stringId;
     uint32_t code;
@@ -112,14 +108,15 @@ bool FindByFormName(HANDLE hPrinter, const DEVMODEW* dm, PaperDimensions* size, 
     return true;
 }
 
-void MarkPaperChanged(HWND hDlg) {
-    gPaperChanged = true;
+void MarkPaperChanged(HWND hDlg, PageState& page) {
+    page.changed = true;
     SendMessageW(GetParent(hDlg), PSM_CHANGED, reinterpret_cast<WPARAM>(hDlg), 0);
 }
 
 int ListSelection(HWND list) { return static_cast<int>(SendMessageW(list, CB_GETCURSEL, 0, 0)); }
 
-void InitPaperPage(HWND hDlg, UIConfig* config) {
+void InitPaperPage(HWND hDlg, PageState& page) {
+    UIConfig* config = page.config;
     wchar_t name[kFormNameCapacity] = {};
     GetFormFromDevMode(config->hPrinter, &config->PaperSize, name);
     Trace(L"\t%s (%d, %d)\n", name, config->PaperSize.cx, config->PaperSize.cy);
@@ -129,15 +126,16 @@ void InitPaperPage(HWND hDlg, UIConfig* config) {
     InitMediaTypeComboBox(GetDlgItem(hDlg, IDC_MEDIA_TYPE_LIST), config, canManage, &changed);
     InitPaperSourceComboBox(hDlg, config, canManage);
     if (changed != 0) {
-        MarkPaperChanged(hDlg);  // the stored media type is rewritten on apply
+        MarkPaperChanged(hDlg, page);  // the stored media type is rewritten on apply
     }
     TranslateDialog(config, hDlg);
 }
 
 // The Advanced dialog, and what its changes ask of this page.
-void OpenPaperAdvanced(HWND hDlg, UIConfig* config) {
+void OpenPaperAdvanced(HWND hDlg, PageState& page) {
+    UIConfig* config = page.config;
     HWND mediaList = GetDlgItem(hDlg, IDC_MEDIA_TYPE_LIST);
-    PaperAdvancedParam param = {config, 0, 0, 0};
+    PaperAdvancedParam param = {config, 0, 0, 0, false};
     const int selection = ListSelection(mediaList);
     if (selection != CB_ERR) {
         param.mediaCode = static_cast<uint32_t>(SendMessageW(mediaList, CB_GETITEMDATA, selection, 0));
@@ -155,14 +153,14 @@ void OpenPaperAdvanced(HWND hDlg, UIConfig* config) {
         // A custom type of the printer's own list is a "Custom" medium on this page.
         const int shown = param.mediaIndex + 1 < kMediaTypeEntries ? param.mediaIndex + 1 : kFirstCustomMediaIndex;
         SendMessageW(mediaList, CB_SETCURSEL, shown, 0);
-        MarkPaperChanged(hDlg);
+        MarkPaperChanged(hDlg, page);
         if (param.flags & kMediaTypeRemoved) {
             ApplyPaperChanges(hDlg);
         }
     }
     if (param.flags & (kFormAdded | kFormDeleted)) {
         InitPaperSizeComboBox(GetDlgItem(hDlg, IDC_PAPER_SIZE_LIST), config, CanManagePrinter(config->PrinterName));
-        gPaperChanged = true;
+        page.changed = true;
         if (param.flags & kFormDeleted) {
             ApplyPaperChanges(hDlg);
         }
@@ -345,7 +343,8 @@ void ApplyMediaType(HWND list, UIConfig* config) {
 }
 
 void ApplyPaperChanges(HWND hDlg) {
-    UIConfig* config = gPaperConfig;
+    const PageState* page = PageStateOf(hDlg);
+    UIConfig* config = page != nullptr ? page->config : nullptr;
     Trace(L"ApplyPaperChanges(): hDlg=%p, LPUIConfig=%p\n", static_cast<void*>(hDlg), static_cast<void*>(config));
     if (config == nullptr) {
         return;
@@ -370,16 +369,16 @@ UINT CALLBACK DocumentPaperPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page
 }
 
 INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
+    PageState* page = PageStateOf(hDlg);
     switch (message) {
     case WM_INITDIALOG:
-        gPaperConfig = TakePageConfig(hDlg, lParam, L"DocumentPaperPropPageProc");
-        gPaperChanged = false;
-        if (gPaperConfig != nullptr) {
-            InitPaperPage(hDlg, gPaperConfig);
+        page = TakePageState(hDlg, lParam, L"DocumentPaperPropPageProc");
+        if (page != nullptr) {
+            InitPaperPage(hDlg, *page);
         }
         return TRUE;
     case WM_COMMAND:
-        if (gPaperConfig == nullptr) {
+        if (page == nullptr) {
             return FALSE;
         }
         switch (LOWORD(wParam)) {
@@ -388,12 +387,12 @@ INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wPara
         case IDC_PAPER_SOURCE_LIST:
         case IDC_PAPER_SIZE_LIST:
             if (HIWORD(wParam) == CBN_SELCHANGE) {
-                MarkPaperChanged(hDlg);
+                MarkPaperChanged(hDlg, *page);
             }
             return TRUE;
         case IDC_ADVANCED:
             if (HIWORD(wParam) == BN_CLICKED) {
-                OpenPaperAdvanced(hDlg, gPaperConfig);
+                OpenPaperAdvanced(hDlg, *page);
             }
             return TRUE;
         default:
@@ -412,13 +411,17 @@ INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wPara
         if (header->code != PSN_APPLY) {
             return FALSE;
         }
-        return AnswerApply(hDlg, header, L"DocumentPaperPropPageProc", gPaperChanged, [hDlg] {
-            ApplyPaperChanges(hDlg);
-            gPaperChanged = false;
-        });
+        return AnswerApply(hDlg, header, L"DocumentPaperPropPageProc", page != nullptr && page->changed,
+                           [hDlg, page] {
+                               ApplyPaperChanges(hDlg);
+                               page->changed = false;
+                           });
     }
     case WM_USER + 1:
         Trace(L"DocumentPaperPropPageProc(): WM_USER + 1\n");
+        return FALSE;
+    case WM_NCDESTROY:
+        DropPageState(hDlg);
         return FALSE;
     default:
         return FALSE;

@@ -35,5 +35,6 @@ int MediaTypeIndex(uint32_t code);
 
 void ApplyPaperSize(HWND list, UIConfig* config);
 void ApplyMediaType(HWND list, UIConfig* config);
+// Takes page `hDlg`'s choices into the configuration kept with its window and stores them.
 void ApplyPaperChanges(HWND hDlg);
 void UpdatePaperConfig(UIConfig* config);

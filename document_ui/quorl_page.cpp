@@ -13,10 +13,6 @@
 
 namespace {
 
-// One Quorl page at a time per process.
-UIConfig* gQuorlConfig = nullptr;
-bool gQuorlCanManage = false;
-
 constexpr int kEmbossGroup[] = {IDC_GRAPHICS_QUALITY_LABEL, IDC_BRAILLE_QUALITY_LABEL, IDC_DOT_HEIGHT_LABEL,
                                 IDC_BRAILLE_STANDARD_LABEL, IDC_GRAPHICS_QUALITY_LIST,  IDC_BRAILLE_QUALITY_LIST,
                                 IDC_DOT_HEIGHT_LIST,        IDC_BRAILLE_STANDARD_LIST,  IDC_EMBOSS_STANDARD_TEXT};
@@ -56,24 +52,24 @@ void SelectListEntry(HWND hDlg, int id, int index) { SendDlgItemMessageW(hDlg, i
 void Check(HWND hDlg, int id, bool on) { CheckDlgButton(hDlg, id, on ? BST_CHECKED : BST_UNCHECKED); }
 
 // Without the right to manage the printer the groups stay disabled, whatever is ticked.
-void EnableEmbossGroup(HWND hDlg, bool enable) {
+void EnableEmbossGroup(HWND hDlg, const PageState& page, bool enable) {
     for (int id : kEmbossGroup) {
-        EnableControl(hDlg, id, enable && gQuorlCanManage);
+        EnableControl(hDlg, id, enable && page.canManage);
     }
 }
 
-void EnableColorGroup(HWND hDlg, bool enable) {
+void EnableColorGroup(HWND hDlg, const PageState& page, bool enable) {
     for (int id : kColorGroup) {
-        EnableControl(hDlg, id, enable && gQuorlCanManage);
+        EnableControl(hDlg, id, enable && page.canManage);
         ShowWindow(GetDlgItem(hDlg, id), SW_SHOW);
     }
 }
 
 // The Layout page keeps its current double-sided choice here, applied or not.
-bool InterpointChosen() { return gQuorlConfig->LoadedInterPoint != 0; }
+bool InterpointChosen(const PageState& page) { return page.config->LoadedInterPoint != 0; }
 
-void EnableMergeInk(HWND hDlg) {
-    EnableControl(hDlg, IDC_MERGE_INK, IsChecked(hDlg, IDC_PRINT) && gQuorlCanManage && InterpointChosen());
+void EnableMergeInk(HWND hDlg, const PageState& page) {
+    EnableControl(hDlg, IDC_MERGE_INK, IsChecked(hDlg, IDC_PRINT) && page.canManage && InterpointChosen(page));
 }
 
 void FillLists(HWND hDlg, const UIConfig* config) {
@@ -86,19 +82,20 @@ void FillLists(HWND hDlg, const UIConfig* config) {
     }
 }
 
-void SetQuorlControls(HWND hDlg, const UIConfig* config) {
+void SetQuorlControls(HWND hDlg, const PageState& page) {
+    const UIConfig* config = page.config;
     Check(hDlg, IDC_FRONT_INK_ONLY, config->TwoPassPrint > 0);
     Check(hDlg, IDC_MERGE_INK, config->TwoPassPrint == 0);
-    EnableControl(hDlg, IDC_MERGE_INK, gQuorlCanManage);
+    EnableControl(hDlg, IDC_MERGE_INK, page.canManage);
 
-    EnableControl(hDlg, IDC_EMBOSS_STANDARD_TEXT, gQuorlCanManage);
-    EnableControl(hDlg, IDC_ADVANCED, gQuorlCanManage);
-    EnableControl(hDlg, IDC_DEFAULTS, gQuorlCanManage);
+    EnableControl(hDlg, IDC_EMBOSS_STANDARD_TEXT, page.canManage);
+    EnableControl(hDlg, IDC_ADVANCED, page.canManage);
+    EnableControl(hDlg, IDC_DEFAULTS, page.canManage);
     Check(hDlg, IDC_EMBOSS_STANDARD_TEXT, config->EmbossStandardTexts != 0);
 
     ShowWindow(GetDlgItem(hDlg, IDC_EMBOSS), SW_SHOW);
-    EnableEmbossGroup(hDlg, config->EmbossMode == 1);
-    EnableColorGroup(hDlg, config->InkMode == 1);
+    EnableEmbossGroup(hDlg, page, config->EmbossMode == 1);
+    EnableColorGroup(hDlg, page, config->InkMode == 1);
     Check(hDlg, IDC_EMBOSS, config->EmbossMode == 1);
     Check(hDlg, IDC_PRINT, config->InkMode == 1);
     Check(hDlg, IDC_TWO_IN_ONE, config->TwoInOne != 0);
@@ -111,13 +108,13 @@ void SetQuorlControls(HWND hDlg, const UIConfig* config) {
     SelectListEntry(hDlg, IDC_BRAILLE_STANDARD_LIST, BrailleStandardIndex(config->BrailleStandard));
 }
 
-void InitQuorlPage(HWND hDlg, UIConfig* config) {
-    gQuorlCanManage = CanManagePrinter(config->PrinterName);
-    FillLists(hDlg, config);
+void InitQuorlPage(HWND hDlg, PageState& page) {
+    page.canManage = CanManagePrinter(page.config->PrinterName);
+    FillLists(hDlg, page.config);
     EnableControl(hDlg, IDC_PRINT, true);
     ShowWindow(GetDlgItem(hDlg, IDC_PRINT), SW_SHOW);
-    SetQuorlControls(hDlg, config);
-    TranslateDialog(config, hDlg);
+    SetQuorlControls(hDlg, page);
+    TranslateDialog(page.config, hDlg);
 }
 
 void ShowColorPicture(HWND hDlg, bool color) {
@@ -126,57 +123,57 @@ void ShowColorPicture(HWND hDlg, bool color) {
 }
 
 // One of "&Emboss" and "&Print" always stays on. False when the click was undone.
-bool OnEmbossClick(HWND hDlg) {
+bool OnEmbossClick(HWND hDlg, const PageState& page) {
     if (!IsChecked(hDlg, IDC_PRINT)) {
         Check(hDlg, IDC_EMBOSS, true);
-        EnableEmbossGroup(hDlg, true);
+        EnableEmbossGroup(hDlg, page, true);
         return false;
     }
     const bool emboss = IsChecked(hDlg, IDC_EMBOSS);
     if (!emboss) {
         Check(hDlg, IDC_TWO_IN_ONE, false);
     }
-    EnableEmbossGroup(hDlg, emboss);
+    EnableEmbossGroup(hDlg, page, emboss);
     return true;
 }
 
-void OnPrintClick(HWND hDlg) {
+void OnPrintClick(HWND hDlg, const PageState& page) {
     const bool print = IsChecked(hDlg, IDC_PRINT);
     if (!print && !IsChecked(hDlg, IDC_EMBOSS)) {
         Check(hDlg, IDC_EMBOSS, true);
-        EnableEmbossGroup(hDlg, true);
+        EnableEmbossGroup(hDlg, page, true);
     }
     if (!print) {
         Check(hDlg, IDC_TWO_IN_ONE, false);
     }
-    EnableColorGroup(hDlg, print);
-    EnableMergeInk(hDlg);
+    EnableColorGroup(hDlg, page, print);
+    EnableMergeInk(hDlg, page);
 }
 
 // Asks before "2 In 1" is switched on, unless the user asked not to be asked again.
-bool ConfirmTwoInOne(HWND hDlg) {
+bool ConfirmTwoInOne(HWND hDlg, UIConfig* config) {
     uint32_t show = 1;
-    GetPrinterDataInteger2(gQuorlConfig->hPrinter, L"Show2In1Warning", &show, 1);
+    GetPrinterDataInteger2(config->hPrinter, L"Show2In1Warning", &show, 1);
     if (show != 1) {
         return true;
     }
-    TwoInOneWarningParam warning = {gQuorlConfig, SW_SHOW, 0, {}};
-    CopyWide(warning.text, kTextCapacity, GetLocalString(gQuorlConfig, IDS_TWO_IN_ONE_WARNING));
+    TwoInOneWarningParam warning = {config, SW_SHOW, 0, {}};
+    CopyWide(warning.text, kTextCapacity, GetLocalString(config, IDS_TWO_IN_ONE_WARNING));
     const INT_PTR answer = ShowModalDialog(IDD_TWO_IN_ONE_WARNING, GetDlgItem(hDlg, IDC_TWO_IN_ONE),
                                            TwoInOneWarningDlgProc, reinterpret_cast<LPARAM>(&warning));
     if (answer != 1) {
         return false;
     }
     if (warning.dontShowAgain != 0) {
-        SetPrinterDataInteger2(gQuorlConfig->hPrinter, L"Show2In1Warning", 0);
+        SetPrinterDataInteger2(config->hPrinter, L"Show2In1Warning", 0);
     }
     return true;
 }
 
 // "2 In 1" embosses and prints, so both are switched on; unchecking it while one of them
 // is off switches both on as well. False when the warning was refused.
-bool OnTwoInOneClick(HWND hDlg) {
-    if (IsChecked(hDlg, IDC_TWO_IN_ONE) && !ConfirmTwoInOne(hDlg)) {
+bool OnTwoInOneClick(HWND hDlg, const PageState& page) {
+    if (IsChecked(hDlg, IDC_TWO_IN_ONE) && !ConfirmTwoInOne(hDlg, page.config)) {
         Check(hDlg, IDC_TWO_IN_ONE, false);
         return false;
     }
@@ -185,18 +182,18 @@ bool OnTwoInOneClick(HWND hDlg) {
     }
     Check(hDlg, IDC_EMBOSS, true);
     Check(hDlg, IDC_PRINT, true);
-    EnableEmbossGroup(hDlg, true);
-    EnableColorGroup(hDlg, true);
-    EnableMergeInk(hDlg);
+    EnableEmbossGroup(hDlg, page, true);
+    EnableColorGroup(hDlg, page, true);
+    EnableMergeInk(hDlg, page);
     return true;
 }
 
-bool ResetToDefaults(HWND hDlg) {
-    if (ShowLocalMessage(hDlg, gQuorlConfig, IDS_RESET_QUESTION, IDS_RESET_TO_DEFAULT, MB_YESNO | MB_ICONQUESTION) !=
+bool ResetToDefaults(HWND hDlg, PageState& page) {
+    UIConfig* config = page.config;
+    if (ShowLocalMessage(hDlg, config, IDS_RESET_QUESTION, IDS_RESET_TO_DEFAULT, MB_YESNO | MB_ICONQUESTION) !=
         IDYES) {
         return false;
     }
-    UIConfig* config = gQuorlConfig;
     config->EmbossMode = 1;
     config->InkMode = 1;
     config->DotHeight = 1;
@@ -208,13 +205,13 @@ bool ResetToDefaults(HWND hDlg) {
     config->RenderMode = 2;
     config->EmbossStandardTexts = 0;
     config->TwoInOne = 0;
-    gQuorlCanManage = CanManagePrinter(config->PrinterName);
-    SetQuorlControls(hDlg, config);
+    page.canManage = CanManagePrinter(config->PrinterName);
+    SetQuorlControls(hDlg, page);
     return true;
 }
 
 // True when the click is a change to be written.
-bool OnQuorlClick(HWND hDlg, int id) {
+bool OnQuorlClick(HWND hDlg, PageState& page, int id) {
     switch (id) {
     case IDC_EMBOSS_STANDARD_TEXT:
     case IDC_MERGE_INK:
@@ -225,19 +222,19 @@ bool OnQuorlClick(HWND hDlg, int id) {
         ShowColorPicture(hDlg, id == IDC_COLOR);
         return true;
     case IDC_EMBOSS:
-        return OnEmbossClick(hDlg);
+        return OnEmbossClick(hDlg, page);
     case IDC_PRINT:
-        OnPrintClick(hDlg);
+        OnPrintClick(hDlg, page);
         return true;
     case IDC_TWO_IN_ONE:
-        return OnTwoInOneClick(hDlg);
+        return OnTwoInOneClick(hDlg, page);
     case IDC_ADVANCED: {
-        QuorlAdvancedParam param = {gQuorlConfig};
+        QuorlAdvancedParam param = {page.config};
         ShowModalDialog(IDD_QUORL_ADVANCED, hDlg, DocumentQuorlAdvancedDlgProc, reinterpret_cast<LPARAM>(&param));
         return false;  // the dialog writes its own values
     }
     case IDC_DEFAULTS:
-        return ResetToDefaults(hDlg);
+        return ResetToDefaults(hDlg, page);
     default:
         return false;
     }
@@ -255,37 +252,35 @@ bool IsQuorlList(int id) {
 }  // namespace
 
 UINT CALLBACK DocumentQuorlPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page) {
-    if (msg == PSPCB_CREATE && page != nullptr) {
-        gQuorlConfig = reinterpret_cast<UIConfig*>(page->lParam);
-    }
     return HandlePageCallback(L"DocumentQuorlPropPageCallback", msg, page);
 }
 
 INT_PTR CALLBACK DocumentQuorlPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
+    PageState* page = PageStateOf(hDlg);
     switch (message) {
     case WM_INITDIALOG:
-        gQuorlConfig = TakePageConfig(hDlg, lParam, L"DocumentQuorlPropPageProc");
-        if (gQuorlConfig != nullptr) {
-            InitQuorlPage(hDlg, gQuorlConfig);
+        page = TakePageState(hDlg, lParam, L"DocumentQuorlPropPageProc");
+        if (page != nullptr) {
+            InitQuorlPage(hDlg, *page);
         }
         return TRUE;
     case WM_COMMAND: {
-        if (gQuorlConfig == nullptr) {
+        if (page == nullptr) {
             return FALSE;
         }
         const int id = LOWORD(wParam);
-        const bool changed = HIWORD(wParam) == BN_CLICKED      ? OnQuorlClick(hDlg, id)
+        const bool changed = HIWORD(wParam) == BN_CLICKED      ? OnQuorlClick(hDlg, *page, id)
                              : HIWORD(wParam) == CBN_SELCHANGE ? IsQuorlList(id)
                                                                : false;
         if (changed) {
-            MarkPageChanged(hDlg, gQuorlConfig);
+            MarkPageChanged(hDlg, page->config);
         }
         return TRUE;
     }
     case WM_NOTIFY: {
         const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-        if (header->code == PSN_SETACTIVE && gQuorlConfig != nullptr) {
-            EnableMergeInk(hDlg);
+        if (header->code == PSN_SETACTIVE && page != nullptr) {
+            EnableMergeInk(hDlg, *page);
             SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, 0);
             return TRUE;
         }
@@ -293,16 +288,18 @@ INT_PTR CALLBACK DocumentQuorlPropPageProc(HWND hDlg, UINT message, WPARAM wPara
             return FALSE;
         }
         return AnswerApply(hDlg, header, L"DocumentQuorlPropPageProc",
-                           gQuorlConfig != nullptr && gQuorlConfig->PageChanged != 0,
-                           [hDlg] { ApplyQuorlChanges(hDlg); });
+                           page != nullptr && page->config->PageChanged != 0, [hDlg] { ApplyQuorlChanges(hDlg); });
     }
+    case WM_NCDESTROY:
+        DropPageState(hDlg);
+        return FALSE;
     default:
         return FALSE;
     }
 }
 
 void ApplyQuorlChanges(HWND hDlg) {
-    UIConfig* config = gQuorlConfig;
+    UIConfig* config = PageStateOf(hDlg)->config;
     Trace(L"ApplyQuorlChanges(): hDlg=%p, LPUIConfig=%p\n", static_cast<void*>(hDlg), static_cast<void*>(config));
     config->EmbossStandardTexts = IsChecked(hDlg, IDC_EMBOSS_STANDARD_TEXT) ? 1 : 0;
     config->TwoInOne = IsChecked(hDlg, IDC_TWO_IN_ONE) ? 1 : 0;

@@ -24,9 +24,6 @@ namespace {
 constexpr size_t kStatusCapacity = 4096;  // wide characters of the status text
 constexpr const wchar_t* kStatusMonitoringValue = L"EnableStatusMonitoring";
 
-// The one Service page's record, kept from the page's creation to its release.
-UIConfig* gServiceConfig = nullptr;
-
 UIConfig* ConfigOfPage(HWND hDlg) { return reinterpret_cast<UIConfig*>(GetWindowLongPtrW(hDlg, DWLP_USER)); }
 
 bool IsDeviceKnown(const UIConfig* config) { return config->LegacyParmCount >= 1; }
@@ -97,7 +94,6 @@ void RunStatusTimerNow(HWND hDlg) { DeviceServiceTimerProc(hDlg, WM_TIMER, kServ
 void InitServicePage(HWND hDlg, const PROPSHEETPAGEW* page) {
     UIConfig* config = page != nullptr ? reinterpret_cast<UIConfig*>(page->lParam) : nullptr;
     SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(config));
-    gServiceConfig = config;
     Trace(L"ServicePage(): %p  %d\n", static_cast<void*>(config), config != nullptr ? config->LegacyParmCount : 0);
     if (config == nullptr) {
         return;
@@ -192,13 +188,13 @@ void CALLBACK DeviceServiceTimerProc(HWND hwnd, UINT msg, UINT_PTR idEvent, DWOR
 
 UINT CALLBACK DeviceServicePropPageCallback(HWND /*hwnd*/, UINT msg, PROPSHEETPAGEW* page) {
     switch (msg) {
-    case PSPCB_CREATE:
-        gServiceConfig = page != nullptr ? reinterpret_cast<UIConfig*>(page->lParam) : nullptr;
-        Trace(L"DeviceServicePropPageCallback(): PSPCB_CREATE, pConfig=0x%p\n", static_cast<void*>(gServiceConfig));
-        return gServiceConfig != nullptr ? 1 : 0;
+    case PSPCB_CREATE: {
+        UIConfig* config = page != nullptr ? reinterpret_cast<UIConfig*>(page->lParam) : nullptr;
+        Trace(L"DeviceServicePropPageCallback(): PSPCB_CREATE, pConfig=0x%p\n", static_cast<void*>(config));
+        return config != nullptr ? 1 : 0;
+    }
     case PSPCB_RELEASE:
         Trace(L"DeviceServicePropPageCallback(): PSPCB_RELEASE\n");
-        gServiceConfig = nullptr;
         return 0;
     default:
         return 0;

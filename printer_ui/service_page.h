@@ -3,8 +3,8 @@
 // the launch of the maker's ink toolbox.
 //
 // While the page is in front and the device's settings are known, the status text is
-// rebuilt every 3.33 seconds by a window timer of the page. Only one Service page at a
-// time is supported: the page's UIConfig is also kept in one module-wide slot.
+// rebuilt every 3.33 seconds by a window timer of the page. The page keeps its UIConfig
+// with its window, so the Service pages of several sheets can be open at once.
 #pragma once
 
 #include <windows.h>
@@ -18,8 +18,7 @@ inline constexpr UINT kServiceStatusPeriod = 3330;  // milliseconds
 // The page's dialog procedure; the page record's lParam is the UIConfig.
 INT_PTR CALLBACK DeviceServicePropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam);
 
-// The page's callback: keeps the page's UIConfig in the module at PSPCB_CREATE and
-// refuses a page without one.
+// The page's callback: refuses a page without a UIConfig at PSPCB_CREATE.
 UINT CALLBACK DeviceServicePropPageCallback(HWND hwnd, UINT msg, PROPSHEETPAGEW* page);
 
 // The status timer (kServiceStatusTimer) of page `hwnd`: stops it, rebuilds the status

@@ -165,12 +165,10 @@ TEST(MediaTypes, AreWrittenEnumeratedAsADoubleTerminatedListAndRemovedThroughARe
     EXPECT_EQ(EnumConfigMediaTypes(&record, list, &bytes), 0u) << "no key yet";
     EXPECT_EQ(bytes, 0u);
     EXPECT_EQ(list[0], L'#') << "not even a terminator";
-    EXPECT_EQ(SetConfigMediaType(L"A", 1), DWORD(ERROR_INVALID_HANDLE)) << "no dialog has made a printer current";
+    EXPECT_EQ(SetConfigMediaType(nullptr, L"A", 1), DWORD(ERROR_INVALID_HANDLE)) << "no printer";
 
-    SetCurrentMediaTypeConfig(&record);
-    ASSERT_EQ(SetConfigMediaType(L"A", 0x0802), 0u);
-    ASSERT_EQ(SetConfigMediaType(L"BC", 0x1003), 0u);
-    SetCurrentMediaTypeConfig(nullptr);
+    ASSERT_EQ(SetConfigMediaType(printer.handle(), L"A", 0x0802), 0u);
+    ASSERT_EQ(SetConfigMediaType(printer.handle(), L"BC", 0x1003), 0u);
     EXPECT_EQ(ReadPrinterData(printer.handle(), L"Config\\MediaTypes", L"BC").AsDword(), 0x1003u);
     EXPECT_EQ(EnumConfigMediaTypes(&record, nullptr, &bytes), 12u);
     EXPECT_EQ(bytes, 12u);

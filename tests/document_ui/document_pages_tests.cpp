@@ -96,6 +96,20 @@ TEST(LayoutPage, AppliedChoicesReachBothDeviceModesAndConfigAndUnchangedOnesWrit
     EXPECT_TRUE(p.TakeWrites().empty()) << "nothing changed since the last apply";
 }
 
+// Two printers' sheets open at once in one process: a change on the first's Layout page
+// leaves the second's nothing to apply and reaches the first printer alone.
+TEST(LayoutPage, TwoSheetsOpenAtOnceApplyEachItsOwnChanges) {
+    Preferences first, second;
+    ASSERT_TRUE(first.Open() && second.Open());
+    EXPECT_TRUE(Click(first.sheet->CurrentPage(), IDC_DOUBLE_SIDED));
+    testenv::TraceLog trace;
+    ASSERT_TRUE(second.sheet->Apply());
+    EXPECT_TRUE(trace.Contains("DocumentLayoutPropPageProc(): PSN_APPLY, but no changes")) << trace.Text();
+    ASSERT_TRUE(first.sheet->Apply());
+    EXPECT_EQ(first.Stored(L"InterPoint"), 1u);
+    EXPECT_EQ(second.Stored(L"InterPoint"), 0u);
+}
+
 // A user who may not manage the printer is warned, captioned with the printer's name,
 // and finds the controls disabled.
 TEST(LayoutPage, WithoutTheRightToManageThePrinterWarnsAndDisablesTheControls) {
