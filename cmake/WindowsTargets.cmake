@@ -10,26 +10,41 @@ set(OZDK_SYSTEM_LIBRARIES
     winspool comctl32 comdlg32 shell32 shlwapi version ws2_32 ole32 oleaut32 uuid
     gdi32 msimg32 user32 advapi32 kernel32)
 
-add_library(ozdk_protocol STATIC ${OZDK_PROTOCOL_SOURCES} ${CMAKE_SOURCE_DIR}/config/ui_config.h)
-set_target_properties(ozdk_protocol PROPERTIES LINKER_LANGUAGE CXX)
-target_include_directories(ozdk_protocol PUBLIC ${CMAKE_SOURCE_DIR})
-target_compile_options(ozdk_protocol PRIVATE ${OZDK_WARNINGS})
+# Each folder is a library of its own, linked only to the folders below it (frame/ on
+# top, then document_ui/, printer_ui/, device/, config/, base/), and its include root
+# shows only those folders, so an include from a higher one is not found. resources/
+# holds id headers every folder above base/ may include. device/protocol/ is the
+# portable core of device/: it sees base/, config/ and resources/ but no other header
+# of device/.
+set(OZDK_LAYERS base config device printer_ui document_ui frame)
+foreach(folder IN LISTS OZDK_LAYERS)
+  file(GLOB OZDK_${folder}_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
+endforeach()
+list(REMOVE_ITEM OZDK_frame_SOURCES ${CMAKE_SOURCE_DIR}/frame/dll_entry.cpp)
+set(OZDK_protocol_SOURCES ${OZDK_PROTOCOL_SOURCES} ${CMAKE_SOURCE_DIR}/config/ui_config.h)
 
-file(GLOB OZDK_PRODUCT_SOURCES CONFIGURE_DEPENDS
-     ${CMAKE_SOURCE_DIR}/base/*.cpp
-     ${CMAKE_SOURCE_DIR}/frame/*.cpp
-     ${CMAKE_SOURCE_DIR}/config/*.cpp
-     ${CMAKE_SOURCE_DIR}/device/*.cpp
-     ${CMAKE_SOURCE_DIR}/printer_ui/*.cpp
-     ${CMAKE_SOURCE_DIR}/document_ui/*.cpp)
-list(REMOVE_ITEM OZDK_PRODUCT_SOURCES ${CMAKE_SOURCE_DIR}/frame/dll_entry.cpp)
+# ozdk_add_layer(NAME BELOW FOLDER...): the library ozdk_NAME, linked to the library
+# BELOW, whose sources may include the FOLDERs.
+function(ozdk_add_layer name below)
+  add_library(ozdk_${name} STATIC ${OZDK_${name}_SOURCES})
+  set_target_properties(ozdk_${name} PROPERTIES LINKER_LANGUAGE CXX)
+  ozdk_include_root(ozdk_${name} ${ARGN})
+  target_compile_options(ozdk_${name} PRIVATE ${OZDK_WARNINGS})
+  target_link_libraries(ozdk_${name} PUBLIC ${below})
+endfunction()
+ozdk_add_layer(base "${OZDK_SYSTEM_LIBRARIES}" base)
+ozdk_add_layer(config ozdk_base config base resources)
+ozdk_add_layer(protocol ozdk_config device/protocol config base resources)
+ozdk_add_layer(device "ozdk_protocol;ozdk_config" device config base resources)
+ozdk_add_layer(printer_ui ozdk_device printer_ui device config base resources)
+ozdk_add_layer(document_ui ozdk_printer_ui document_ui printer_ui device config base resources)
+ozdk_add_layer(frame ozdk_document_ui frame document_ui printer_ui device config base resources)
 
-# The product's code as a library: linked into the DLL, and into the tests that call
-# its routines directly.
-add_library(ozdkrnui_impl STATIC ${OZDK_PRODUCT_SOURCES})
-target_include_directories(ozdkrnui_impl PUBLIC ${CMAKE_SOURCE_DIR})
-target_compile_options(ozdkrnui_impl PRIVATE ${OZDK_WARNINGS})
-target_link_libraries(ozdkrnui_impl PUBLIC ozdk_protocol ${OZDK_SYSTEM_LIBRARIES})
+# The product's code as a whole: linked into the DLL, and into the tests that call its
+# routines directly.
+add_library(ozdkrnui_impl INTERFACE)
+target_link_libraries(ozdkrnui_impl INTERFACE ozdk_frame ozdk_document_ui ozdk_printer_ui ozdk_device
+                      ozdk_protocol ozdk_config ozdk_base)
 
 set(OZDK_RESOURCE_FILE ${CMAKE_SOURCE_DIR}/resources/ozdkrnui.rc)
 # windres reports no dependencies: every folder that compiles the resource script names
