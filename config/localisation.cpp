@@ -206,11 +206,3 @@ bool TranslateDialog(const UIConfig* pConfig, HWND dialog) {
     pConfig->lcl.TranslateDialog(pConfig->hLcl, dialog);
     return true;
 }
-
-bool TranslateMenu(const UIConfig* pConfig, HMENU menu) {
-    if (!HasLocale(pConfig) || pConfig->lcl.TranslateMenu == nullptr || menu == nullptr) {
-        return false;
-    }
-    pConfig->lcl.TranslateMenu(pConfig->hLcl, menu);
-    return true;
-}

@@ -26,7 +26,6 @@ wchar_t* LoadLocalCaption(const UIConfig* pConfig, HANDLE heap, UINT id);
 // call overwrites. Never null; empty when the resource string is missing.
 const wchar_t* GetLocalString(const UIConfig* pConfig, UINT id);
 
-// Lets the locale library translate a dialog's or a menu's texts in place. False when no
-// translation is bound.
+// Lets the locale library translate a dialog's texts in place (the module has no menus).
+// False when no translation is bound.
 bool TranslateDialog(const UIConfig* pConfig, HWND dialog);
-bool TranslateMenu(const UIConfig* pConfig, HMENU menu);

@@ -135,3 +135,9 @@ bool IsFormAboutSize(PaperDimensions sf, PaperDimensions df) {
     const bool turned = IsWithinOne(sf.cx, df.cy) && IsWithinOne(sf.cy, df.cx);
     return asItStands || turned;
 }
+
+bool IsFormOfDeviceSize(PaperDimensions form, const UIConfig& config) {
+    constexpr int32_t kMicrometresPerTwentieth = 1270;
+    return IsFormAboutSize({form.cx / kMicrometresPerTwentieth, form.cy / kMicrometresPerTwentieth},
+                           {config.EmbsrPaperWidth, config.EmbsrPaperLength});
+}

@@ -49,3 +49,7 @@ int GetPrinterCurrentFormName(HANDLE printer, PaperDimensions size, wchar_t* des
 // True when `sf` lies within one unit of `df` in both dimensions, as it stands or turned
 // by a quarter.
 bool IsFormAboutSize(PaperDimensions sf, PaperDimensions df);
+
+// True when a spooler form of `form` (micrometres) is about the embosser's paper size
+// (1/20 inch, 1270 micrometres each, in `config`).
+bool IsFormOfDeviceSize(PaperDimensions form, const UIConfig& config);

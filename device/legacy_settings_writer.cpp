@@ -1,13 +1,12 @@
 #include "device/legacy_settings_writer.h"
 
-#include <winspool.h>
-
 #include <new>
 #include <string>
+#include <winspool.h>
+
 
 #include "base/spooler.h"
 #include "device/protocol/legacy_setting_rules.h"
-#include "device/protocol/pjl_commands.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
 

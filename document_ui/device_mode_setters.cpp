@@ -46,13 +46,17 @@ void BroadcastDevModeChange(const UIConfig* config) {
                         SMTO_NORMAL, 1000, &answer);
 }
 
-// A setter's first step: false when the record already holds `value`, else it takes it.
-bool TakeChoice(uint32_t* field, uint32_t value) {
+// A setter that does nothing when the record already holds `value`; else it takes it and
+// writes `edit` through both device modes (`trace` sees the printer's before the edit).
+// 1 when something was written through, 0 when nothing changed.
+int SetChoice(UIConfig* config, uint32_t* field, uint32_t value, const DevModeEdit& edit,
+              const DevModeEdit& trace = nullptr, DevModeMerge* merge = nullptr) {
     if (*field == value) {
-        return false;
+        return 0;
     }
     *field = value;
-    return true;
+    WriteDevModeThrough(config, edit, edit, trace, merge);
+    return 1;
 }
 
 }  // namespace
@@ -96,15 +100,10 @@ int WriteDevModeThrough(UIConfig* config, const DevModeEdit& edit, const DevMode
 }
 
 int SetPrinterOrientation(UIConfig* config, uint32_t orientation) {
-    if (!TakeChoice(&config->Orientation, orientation)) {
-        return 0;
-    }
-    const DevModeEdit edit = [orientation](DEVMODEW& dm) {
+    return SetChoice(config, &config->Orientation, orientation, [orientation](DEVMODEW& dm) {
         dm.dmFields |= DM_ORIENTATION;
         dm.dmOrientation = static_cast<short>(orientation);
-    };
-    WriteDevModeThrough(config, edit, edit);
-    return 1;
+    });
 }
 
 int SetPrinterInterpoint(UIConfig* config, uint32_t interpoint, uint32_t bindingEdge) {
@@ -124,15 +123,10 @@ int SetPrinterInterpoint(UIConfig* config, uint32_t interpoint, uint32_t binding
 }
 
 int SetPrinterCollate(UIConfig* config, uint32_t collate) {
-    if (!TakeChoice(&config->Collate, collate)) {
-        return 0;
-    }
-    const DevModeEdit edit = [collate](DEVMODEW& dm) {
+    return SetChoice(config, &config->Collate, collate, [collate](DEVMODEW& dm) {
         dm.dmFields |= DM_COLLATE;
         dm.dmCollate = static_cast<short>(collate);
-    };
-    WriteDevModeThrough(config, edit, edit);
-    return 1;
+    });
 }
 
 int SetPrinterPaperSize(UIConfig* config, const wchar_t* formName, DWORD keepMask, DWORD setMask) {
@@ -157,25 +151,17 @@ int SetPrinterPaperSize(UIConfig* config, const wchar_t* formName, DWORD keepMas
 }
 
 int SetPrinterMediaType(UIConfig* config, uint32_t code) {
-    if (!TakeChoice(&config->MediaType, code)) {
-        return 0;
-    }
     const DevModeEdit edit = [code](DEVMODEW& dm) {
         dm.dmFields |= DM_MEDIATYPE;
         dm.dmMediaType = code;
     };
-    const DevModeEdit trace = [code](DEVMODEW& dm) {
+    return SetChoice(config, &config->MediaType, code, edit, [code](DEVMODEW& dm) {
         Trace(L"SetPrinterMediaType(): dmFields & DM_MEDIATYPE=%d, old=%d, new=%d\n",
               (dm.dmFields & DM_MEDIATYPE) != 0, static_cast<int>(dm.dmMediaType), static_cast<int>(code));
-    };
-    WriteDevModeThrough(config, edit, edit, trace);
-    return 1;
+    });
 }
 
 int SetPrinterPaperSource(UIConfig* config, uint32_t source) {
-    if (!TakeChoice(&config->PaperSource, source)) {
-        return 0;
-    }
     const DevModeEdit edit = [source](DEVMODEW& dm) {
         dm.dmFields |= DM_DEFAULTSOURCE;
         dm.dmDefaultSource = static_cast<short>(source);
@@ -185,16 +171,19 @@ int SetPrinterPaperSource(UIConfig* config, uint32_t source) {
               (dm.dmFields & DM_DEFAULTSOURCE) != 0, static_cast<int>(dm.dmDefaultSource), static_cast<int>(source));
     };
     DevModeMerge merge = {};
-    WriteDevModeThrough(config, edit, edit, trace, &merge);
+    if (SetChoice(config, &config->PaperSource, source, edit, trace, &merge) == 0) {
+        return 0;
+    }
     Trace(L"SetPrinterPaperSource(): %lu=DocumentProperties(), err=%d\n", static_cast<unsigned long>(merge.result),
           static_cast<int>(merge.error));
     return 1;
 }
 
 int SetPrinterColor(UIConfig* config, uint32_t color) {
-    if (!TakeChoice(&config->RenderMode, color)) {
+    if (config->RenderMode == color) {
         return 0;
     }
+    config->RenderMode = color;
     const DevModeEdit edit = [color](DEVMODEW& dm) {
         dm.dmFields |= DM_COLOR;
         dm.dmColor = static_cast<short>(color);
@@ -203,5 +192,5 @@ int SetPrinterColor(UIConfig* config, uint32_t color) {
         Trace(L"SetPrinterColor(): dmFields & DM_COLOR=%d, old=%d, new=%d\n", (dm.dmFields & DM_COLOR) != 0,
               static_cast<int>(dm.dmColor), static_cast<int>(color));
     };
-    return WriteDevModeThrough(config, edit, edit, trace);
+    return WriteDevModeThrough(config, edit, edit, trace);  // 0 when no device mode could be had
 }

@@ -141,6 +141,26 @@ void OnLayoutClick(HWND hDlg, PageState& page, int id) {
     MarkLayoutChanged(hDlg, page);
 }
 
+INT_PTR OnLayoutCommand(HWND hDlg, PageState& page, WORD id, WORD code) {
+    if (code == BN_CLICKED) {
+        OnLayoutClick(hDlg, page, id);
+    } else if (id == IDC_LAYOUT_LIST && code == CBN_SELCHANGE) {
+        MarkLayoutChanged(hDlg, page);
+    }
+    return TRUE;
+}
+
+const PageBehaviour kLayoutPage = {
+    L"DocumentLayoutPropPageProc",
+    [](HWND hDlg, PageState& page) { InitLayoutPage(hDlg, page.config); },
+    OnLayoutCommand,
+    LayoutPicture,
+    [](HWND hDlg, PageState& page) { ApplyLayoutChanges(hDlg, page.config); },
+    nullptr,
+    nullptr,
+    true,
+};
+
 }  // namespace
 
 UINT CALLBACK DocumentLayoutPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page) {
@@ -148,53 +168,7 @@ UINT CALLBACK DocumentLayoutPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* pag
 }
 
 INT_PTR CALLBACK DocumentLayoutPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
-    PageState* page = PageStateOf(hDlg);
-    switch (message) {
-    case WM_INITDIALOG:
-        page = TakePageState(hDlg, lParam, L"DocumentLayoutPropPageProc");
-        if (page != nullptr) {
-            InitLayoutPage(hDlg, page->config);
-        }
-        return TRUE;
-    case WM_COMMAND:
-        if (page == nullptr) {
-            return FALSE;
-        }
-        if (HIWORD(wParam) == BN_CLICKED) {
-            OnLayoutClick(hDlg, *page, LOWORD(wParam));
-        } else if (LOWORD(wParam) == IDC_LAYOUT_LIST && HIWORD(wParam) == CBN_SELCHANGE) {
-            MarkLayoutChanged(hDlg, *page);
-        }
-        return TRUE;
-    case WM_DRAWITEM: {
-        const auto* item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-        const UINT bitmap = LayoutPicture(hDlg, static_cast<int>(item->CtlID));
-        if (bitmap == 0) {
-            return FALSE;
-        }
-        DrawPicture(item, bitmap);
-        return TRUE;
-    }
-    case WM_NOTIFY: {
-        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-        if (header->code != PSN_APPLY) {
-            return FALSE;
-        }
-        return AnswerApply(hDlg, header, L"DocumentLayoutPropPageProc", page != nullptr && page->changed,
-                           [hDlg, page] {
-                               ApplyLayoutChanges(hDlg, page->config);
-                               page->changed = false;
-                           });
-    }
-    case WM_USER + 1:
-        Trace(L"DocumentLayoutPropPageProc(): WM_USER + 1\n");
-        return FALSE;
-    case WM_NCDESTROY:
-        DropPageState(hDlg);
-        return FALSE;
-    default:
-        return FALSE;
-    }
+    return RunPageProc(kLayoutPage, hDlg, message, wParam, lParam);
 }
 
 void ApplyLayoutChanges(HWND hDlg, UIConfig* config) {

@@ -41,31 +41,64 @@ int GetPageIndex(HWND hDlg) {
     return static_cast<int>(SendMessageW(GetParent(hDlg), PSM_HWNDTOINDEX, reinterpret_cast<WPARAM>(hDlg), 0));
 }
 
-PageState* TakePageState(HWND hDlg, LPARAM lParam, const wchar_t* routine) {
-    auto* config = reinterpret_cast<UIConfig*>(reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam);
-    Trace(L"%s(): hDlg=%p, page index=%d\n", routine, static_cast<void*>(hDlg), GetPageIndex(hDlg));
-    PageState* state = config != nullptr ? new (std::nothrow) PageState{config, false, false} : nullptr;
-    SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(state));
-    return state;
-}
-
 PageState* PageStateOf(HWND hDlg) { return reinterpret_cast<PageState*>(GetWindowLongPtrW(hDlg, DWLP_USER)); }
 
-void DropPageState(HWND hDlg) {
-    delete PageStateOf(hDlg);
-    SetWindowLongPtrW(hDlg, DWLP_USER, 0);
-}
-
-INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool changed,
-                    const std::function<void()>& apply) {
-    if (changed) {
-        apply();
-        Trace(L"%s(): PSN_APPLY, %d\n", routine, static_cast<int>(header->idFrom));
-    } else {
-        Trace(L"%s(): PSN_APPLY, but no changes\n", routine);
+INT_PTR RunPageProc(const PageBehaviour& behaviour, HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
+    PageState* page = PageStateOf(hDlg);
+    switch (message) {
+    case WM_INITDIALOG: {
+        auto* config = reinterpret_cast<UIConfig*>(reinterpret_cast<const PROPSHEETPAGEW*>(lParam)->lParam);
+        Trace(L"%s(): hDlg=%p, page index=%d\n", behaviour.routine, static_cast<void*>(hDlg), GetPageIndex(hDlg));
+        page = config != nullptr ? new (std::nothrow) PageState{config, false, false} : nullptr;
+        SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(page));
+        if (page != nullptr) {
+            behaviour.init(hDlg, *page);
+        }
+        return TRUE;
     }
-    SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
-    return TRUE;
+    case WM_COMMAND:
+        return page != nullptr ? behaviour.command(hDlg, *page, LOWORD(wParam), HIWORD(wParam)) : FALSE;
+    case WM_DRAWITEM: {
+        const auto* item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+        const UINT bitmap = behaviour.picture != nullptr ? behaviour.picture(hDlg, static_cast<int>(item->CtlID)) : 0;
+        if (bitmap == 0) {
+            return FALSE;
+        }
+        DrawPicture(item, bitmap);
+        return TRUE;
+    }
+    case WM_NOTIFY: {
+        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
+        if (header->code == PSN_SETACTIVE && page != nullptr && behaviour.activate != nullptr) {
+            behaviour.activate(hDlg, *page);
+            SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, 0);
+            return TRUE;
+        }
+        if (header->code != PSN_APPLY) {
+            return FALSE;
+        }
+        if (page != nullptr && (behaviour.hasChanges != nullptr ? behaviour.hasChanges(*page) : page->changed)) {
+            behaviour.apply(hDlg, *page);
+            page->changed = false;
+            Trace(L"%s(): PSN_APPLY, %d\n", behaviour.routine, static_cast<int>(header->idFrom));
+        } else {
+            Trace(L"%s(): PSN_APPLY, but no changes\n", behaviour.routine);
+        }
+        SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, PSNRET_NOERROR);
+        return TRUE;
+    }
+    case WM_USER + 1:
+        if (behaviour.traceUserMessage) {
+            Trace(L"%s(): WM_USER + 1\n", behaviour.routine);
+        }
+        return FALSE;
+    case WM_NCDESTROY:
+        delete page;
+        SetWindowLongPtrW(hDlg, DWLP_USER, 0);
+        return FALSE;
+    default:
+        return FALSE;
+    }
 }
 
 UINT HandlePageCallback(const wchar_t* routine, UINT msg, PROPSHEETPAGEW* page) {

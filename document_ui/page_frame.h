@@ -6,8 +6,6 @@
 #include <windows.h>
 #include <commctrl.h>
 
-#include <functional>
-
 #include "config/ui_config.h"
 
 // Enables the sheet's Apply button for this page and sets config->PageChanged.
@@ -35,19 +33,27 @@ struct PageState {
     bool canManage;    // the user may manage the printer
 };
 
-// WM_INITDIALOG of a page: the configuration its page record carries, traced as
-// "<routine>(): hDlg=..., page index=...", in a new state kept with the page's window.
-// Null (and nothing kept) when the record carries no configuration.
-PageState* TakePageState(HWND hDlg, LPARAM lParam, const wchar_t* routine);
 // The state kept with a page's window; null when it has none.
 PageState* PageStateOf(HWND hDlg);
-// WM_NCDESTROY of a page: frees the state kept with its window.
-void DropPageState(HWND hDlg);
 
-// PSN_APPLY of a page: runs `apply` when the page has changes, traces either way and
-// never refuses. The answer for the dialog procedure.
-INT_PTR AnswerApply(HWND hDlg, const NMHDR* header, const wchar_t* routine, bool changed,
-                    const std::function<void()>& apply);
+// How one document page differs from the others; RunPageProc does what they share.
+struct PageBehaviour {
+    const wchar_t* routine;                                              // the page procedure, as traced
+    void (*init)(HWND hDlg, PageState& page);                            // WM_INITDIALOG
+    INT_PTR (*command)(HWND hDlg, PageState& page, WORD id, WORD code);  // WM_COMMAND: the answer
+    UINT (*picture)(HWND hDlg, int control);  // bitmap of an owner-drawn control; 0 or null: none
+    void (*apply)(HWND hDlg, PageState& page);         // PSN_APPLY when it has changes
+    bool (*hasChanges)(const PageState& page);         // null: the page's own `changed`
+    void (*activate)(HWND hDlg, PageState& page);  // PSN_SETACTIVE, or null
+    bool traceUserMessage;                         // WM_USER + 1 is traced
+};
+
+// The dialog procedure of a document page. WM_INITDIALOG keeps a new state with the
+// window (traced as "<routine>(): hDlg=..., page index=..."), unless the page record
+// carries no configuration; the page's hooks then run with that state, WM_NCDESTROY
+// frees it. PSN_APPLY runs `apply` when the page has changes (and clears `changed`),
+// traces either way and never refuses.
+INT_PTR RunPageProc(const PageBehaviour& page, HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam);
 
 // The creation callback of a document page: refuses a page without configuration.
 // `routine` names the page's callback in the trace.

@@ -364,66 +364,45 @@ void UpdatePaperConfig(UIConfig* config) {
     SetPrinterDataInteger(config->hPrinter, L"PaperSource", config->PaperSource);
 }
 
+namespace {
+
+INT_PTR OnPaperCommand(HWND hDlg, PageState& page, WORD id, WORD code) {
+    switch (id) {
+    case IDC_MEDIA_TYPE_LIST:
+    case IDC_MEDIA_SURFACE_LIST:
+    case IDC_PAPER_SOURCE_LIST:
+    case IDC_PAPER_SIZE_LIST:
+        if (code == CBN_SELCHANGE) {
+            MarkPaperChanged(hDlg, page);
+        }
+        return TRUE;
+    case IDC_ADVANCED:
+        if (code == BN_CLICKED) {
+            OpenPaperAdvanced(hDlg, page);
+        }
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+const PageBehaviour kPaperPage = {
+    L"DocumentPaperPropPageProc",
+    InitPaperPage,
+    OnPaperCommand,
+    [](HWND, int control) -> UINT { return control == IDC_LOGO_PICTURE ? IDB_LOGO : 0; },
+    [](HWND hDlg, PageState&) { ApplyPaperChanges(hDlg); },
+    nullptr,
+    nullptr,
+    true,
+};
+
+}  // namespace
+
 UINT CALLBACK DocumentPaperPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page) {
     return HandlePageCallback(L"DocumentPaperPropPageCallback", msg, page);
 }
 
 INT_PTR CALLBACK DocumentPaperPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
-    PageState* page = PageStateOf(hDlg);
-    switch (message) {
-    case WM_INITDIALOG:
-        page = TakePageState(hDlg, lParam, L"DocumentPaperPropPageProc");
-        if (page != nullptr) {
-            InitPaperPage(hDlg, *page);
-        }
-        return TRUE;
-    case WM_COMMAND:
-        if (page == nullptr) {
-            return FALSE;
-        }
-        switch (LOWORD(wParam)) {
-        case IDC_MEDIA_TYPE_LIST:
-        case IDC_MEDIA_SURFACE_LIST:
-        case IDC_PAPER_SOURCE_LIST:
-        case IDC_PAPER_SIZE_LIST:
-            if (HIWORD(wParam) == CBN_SELCHANGE) {
-                MarkPaperChanged(hDlg, *page);
-            }
-            return TRUE;
-        case IDC_ADVANCED:
-            if (HIWORD(wParam) == BN_CLICKED) {
-                OpenPaperAdvanced(hDlg, *page);
-            }
-            return TRUE;
-        default:
-            return FALSE;
-        }
-    case WM_DRAWITEM: {
-        const auto* item = reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
-        if (item->CtlID != IDC_LOGO_PICTURE) {
-            return FALSE;
-        }
-        DrawPicture(item, IDB_LOGO);
-        return TRUE;
-    }
-    case WM_NOTIFY: {
-        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-        if (header->code != PSN_APPLY) {
-            return FALSE;
-        }
-        return AnswerApply(hDlg, header, L"DocumentPaperPropPageProc", page != nullptr && page->changed,
-                           [hDlg, page] {
-                               ApplyPaperChanges(hDlg);
-                               page->changed = false;
-                           });
-    }
-    case WM_USER + 1:
-        Trace(L"DocumentPaperPropPageProc(): WM_USER + 1\n");
-        return FALSE;
-    case WM_NCDESTROY:
-        DropPageState(hDlg);
-        return FALSE;
-    default:
-        return FALSE;
-    }
+    return RunPageProc(kPaperPage, hDlg, message, wParam, lParam);
 }

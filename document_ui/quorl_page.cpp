@@ -249,6 +249,26 @@ bool IsQuorlList(int id) {
     return false;
 }
 
+INT_PTR OnQuorlCommand(HWND hDlg, PageState& page, WORD id, WORD code) {
+    const bool changed = code == BN_CLICKED ? OnQuorlClick(hDlg, page, id) : code == CBN_SELCHANGE && IsQuorlList(id);
+    if (changed) {
+        MarkPageChanged(hDlg, page.config);
+    }
+    return TRUE;
+}
+
+// The page applies when any page of the sheet has marked the record changed.
+const PageBehaviour kQuorlPage = {
+    L"DocumentQuorlPropPageProc",
+    InitQuorlPage,
+    OnQuorlCommand,
+    nullptr,
+    [](HWND hDlg, PageState&) { ApplyQuorlChanges(hDlg); },
+    [](const PageState& page) { return page.config->PageChanged != 0; },
+    [](HWND hDlg, PageState& page) { EnableMergeInk(hDlg, page); },
+    false,
+};
+
 }  // namespace
 
 UINT CALLBACK DocumentQuorlPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page) {
@@ -256,46 +276,7 @@ UINT CALLBACK DocumentQuorlPropPageCallback(HWND, UINT msg, PROPSHEETPAGEW* page
 }
 
 INT_PTR CALLBACK DocumentQuorlPropPageProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
-    PageState* page = PageStateOf(hDlg);
-    switch (message) {
-    case WM_INITDIALOG:
-        page = TakePageState(hDlg, lParam, L"DocumentQuorlPropPageProc");
-        if (page != nullptr) {
-            InitQuorlPage(hDlg, *page);
-        }
-        return TRUE;
-    case WM_COMMAND: {
-        if (page == nullptr) {
-            return FALSE;
-        }
-        const int id = LOWORD(wParam);
-        const bool changed = HIWORD(wParam) == BN_CLICKED      ? OnQuorlClick(hDlg, *page, id)
-                             : HIWORD(wParam) == CBN_SELCHANGE ? IsQuorlList(id)
-                                                               : false;
-        if (changed) {
-            MarkPageChanged(hDlg, page->config);
-        }
-        return TRUE;
-    }
-    case WM_NOTIFY: {
-        const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-        if (header->code == PSN_SETACTIVE && page != nullptr) {
-            EnableMergeInk(hDlg, *page);
-            SetWindowLongPtrW(hDlg, DWLP_MSGRESULT, 0);
-            return TRUE;
-        }
-        if (header->code != PSN_APPLY) {
-            return FALSE;
-        }
-        return AnswerApply(hDlg, header, L"DocumentQuorlPropPageProc",
-                           page != nullptr && page->config->PageChanged != 0, [hDlg] { ApplyQuorlChanges(hDlg); });
-    }
-    case WM_NCDESTROY:
-        DropPageState(hDlg);
-        return FALSE;
-    default:
-        return FALSE;
-    }
+    return RunPageProc(kQuorlPage, hDlg, message, wParam, lParam);
 }
 
 void ApplyQuorlChanges(HWND hDlg) {

@@ -6,16 +6,7 @@
 #include "frame/oem_ui_plugin.h"
 
 HRESULT STDMETHODCALLTYPE OemUIClassFactory::QueryInterface(REFIID riid, void** ppv) noexcept {
-    if (ppv == nullptr) {
-        return E_POINTER;
-    }
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory)) {
-        *ppv = static_cast<IClassFactory*>(this);
-        AddRef();
-        return S_OK;
-    }
-    *ppv = nullptr;
-    return E_NOINTERFACE;
+    return QueryOwnInterface(static_cast<IClassFactory*>(this), IID_IClassFactory, riid, ppv);
 }
 
 ULONG STDMETHODCALLTYPE OemUIClassFactory::AddRef() noexcept {

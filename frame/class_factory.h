@@ -15,6 +15,21 @@ inline ULONG DecrementReferenceCount(volatile LONG* count) noexcept {
     return static_cast<ULONG>(InterlockedDecrement(count));
 }
 
+// QueryInterface of an object that gives IUnknown and one interface `own`, `self` being
+// that interface's pointer.
+inline HRESULT QueryOwnInterface(IUnknown* self, REFIID own, REFIID riid, void** ppv) noexcept {
+    if (ppv == nullptr) {
+        return E_POINTER;
+    }
+    if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, own)) {
+        *ppv = nullptr;
+        return E_NOINTERFACE;
+    }
+    *ppv = self;
+    self->AddRef();
+    return S_OK;
+}
+
 // One factory per DllGetClassObject call; it creates OemUIPlugin objects. Starts with
 // one reference, owned by whoever created it.
 class OemUIClassFactory final : public IClassFactory {

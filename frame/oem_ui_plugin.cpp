@@ -55,16 +55,7 @@ void MergeOemPrivateDevMode(const OEM_DMEXTRAHEADER* input, OEM_DMEXTRAHEADER* o
 // --- IUnknown ---
 
 HRESULT STDMETHODCALLTYPE OemUIPlugin::QueryInterface(REFIID riid, void** ppv) noexcept {
-    if (ppv == nullptr) {
-        return E_POINTER;
-    }
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IPrintOemUI2)) {
-        *ppv = static_cast<IPrintOemUI2*>(this);
-        AddRef();
-        return S_OK;
-    }
-    *ppv = nullptr;
-    return E_NOINTERFACE;
+    return QueryOwnInterface(static_cast<IPrintOemUI2*>(this), IID_IPrintOemUI2, riid, ppv);
 }
 
 ULONG STDMETHODCALLTYPE OemUIPlugin::AddRef() noexcept {

@@ -1,8 +1,8 @@
 #include "printer_ui/printer_property_page.h"
 
+#include <cstdint>
 #include <compstui.h>
 
-#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -13,11 +13,13 @@
 #include "base/text_format.h"
 #include "base/trace_log.h"
 #include "device/protocol/legacy_settings_table.h"
-#include "printer_ui/legacy_items.h"
 #include "printer_ui/printer_ui_callbacks.h"
 #include "resources/resource_ids.h"
 
 namespace {
+
+constexpr LONG kLegacyHeadIcon = 64062;   // platform icon number, passed on as it is
+constexpr WORD kResetButtonStyle = 0x60;  // OTS_PUSH_INCL_SETUP_TITLE | OTS_PUSH_NO_DOT_DOT_DOT
 
 // Everything an item is built from: the host's heap, the record and the flags every
 // setting item starts with.
@@ -64,27 +66,28 @@ void BeginItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
     item.Flags = b.itemFlags;
     item.pName = LoadLocalString(b.config, b.heap, row.caption);
     item.UserItemID = row.id;
-    if (row.carriesConfig) {
+    // The buttons and the braille table hand their callbacks the record.
+    if (row.kind != LegacyItemKind::List || row.rule == LegacyValueRule::BrailleTableName) {
         item.UserData = reinterpret_cast<ULONG_PTR>(b.config);
     }
 }
 
 void ListItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
     item.Sel = LegacySelectionOf(row, *b.config, LegacyMoment::Build);
-    item.pOptType = CreateOptType(b.heap, TVOT_LISTBOX, row.entryCount);
+    item.pOptType = CreateOptType(b.heap, TVOT_LISTBOX, row.list->entryCount);
     if (item.pOptType != nullptr) {
-        for (WORD i = 0; i < row.entryCount; ++i) {
-            item.pOptType->pOptParam[i].pData = LoadLocalString(b.config, b.heap, row.entries[i]);
+        for (WORD i = 0; i < row.list->entryCount; ++i) {
+            item.pOptType->pOptParam[i].pData = LoadLocalString(b.config, b.heap, row.list->entries[i]);
         }
     }
 }
 
 void EditItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
-    item.pSel = HostCopy(b.heap, LegacyTextOf(row, *b.config), kLegacyEditCapacity);
+    item.pSel = HostCopy(b.heap, LegacyTextOf(row, *b.config), kMeasureTextCapacity);
     item.pOptType = CreateOptType(b.heap, TVOT_EDITBOX, 2);
     if (item.pOptType != nullptr) {
         item.pOptType->pOptParam[0].pData = LoadLocalString(b.config, b.heap, IDS_INCHES);
-        item.pOptType->pOptParam[1].IconID = kLegacyEditCapacity;
+        item.pOptType->pOptParam[1].IconID = kMeasureTextCapacity;
     }
 }
 
@@ -101,9 +104,9 @@ void PushButtonItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& ro
     item.Sel = 0;
     item.pOptType = CreateOptType(b.heap, TVOT_PUSHBUTTON, 1);
     if (item.pOptType != nullptr) {
-        const _CPSUICALLBACK callback = row.button == LegacyButton::ResetToDefault ? OEMResetToDefaultPushButtonCallback
-                                                                                 : OEMBrailleTableUIPushButtonCallback;
-        item.pOptType->Style = row.buttonStyle;
+        const bool reset = row.kind == LegacyItemKind::ResetButton;
+        item.pOptType->Style = reset ? kResetButtonStyle : 0;
+        const _CPSUICALLBACK callback = reset ? OEMResetToDefaultPushButtonCallback : OEMBrailleTableUIPushButtonCallback;
         item.pOptType->pOptParam[0].Style = PUSHBUTTON_TYPE_CALLBACK;
         item.pOptType->pOptParam[0].pData = reinterpret_cast<LPTSTR>(callback);
     }
@@ -150,7 +153,7 @@ void FormSizeItem(const TreeBuilder& b, OPTITEM& item) {
             block[1] = static_cast<uint32_t>(form.cy);
             entries[i].lParam = reinterpret_cast<LPARAM>(block);
         }
-        if (IsDeviceFormSize(form, *b.config)) {
+        if (IsFormOfDeviceSize(form, *b.config)) {
             item.Sel = i;
         }
     }
@@ -182,7 +185,8 @@ void BuildItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
         case LegacyItemKind::Seconds:
             EditItem(b, item, row);
             break;
-        case LegacyItemKind::Button:
+        case LegacyItemKind::BrailleTablesButton:
+        case LegacyItemKind::ResetButton:
             PushButtonItem(b, item, row);
             break;
         case LegacyItemKind::Head:
@@ -194,7 +198,7 @@ void BuildItem(const TreeBuilder& b, OPTITEM& item, const LegacySetting& row) {
 void BuildItems(const TreeBuilder& b, OPTITEM* items) {
     size_t next = 0;
     for (const LegacySetting& row : LegacySettings()) {
-        if (row.inTree) {
+        if (row.caption != 0) {
             BuildItem(b, items[next++], row);
         }
     }

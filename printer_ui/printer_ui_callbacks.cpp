@@ -6,16 +6,13 @@
 
 #include "config/localisation.h"
 #include "config/paper_sizes.h"
-#include "device/device_settings_store.h"
 #include "device/legacy_settings_writer.h"
-#include "device/legacy_transports.h"
 #include "device/protocol/braille_tables.h"
 #include "device/protocol/legacy_settings_table.h"
 #include "base/module_state.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"
 #include "printer_ui/extension_services.h"
-#include "printer_ui/legacy_items.h"
 #include "printer_ui/reading_notice.h"
 #include "resources/resource_ids.h"
 
@@ -47,14 +44,14 @@ ItemRange ItemsOf(const CPSUICBPARAM* param) {
 
 void SetText(OPTITEM& item, const wchar_t* text) {
     if (item.pSel != nullptr) {
-        CopyWide(item.pSel, kLegacyEditCapacity, text);
+        CopyWide(item.pSel, kMeasureTextCapacity, text);
     }
 }
 
 // A length in 1/20 inch as the edit items show it: inches with two decimals.
 void SetInches(OPTITEM& item, double twentieths) {
     if (item.pSel != nullptr) {
-        FormatWide(item.pSel, kLegacyEditCapacity, L"%.02f", twentieths / 20.0);
+        FormatWide(item.pSel, kMeasureTextCapacity, L"%.02f", twentieths / 20.0);
     }
 }
 
@@ -69,7 +66,7 @@ void SelectDeviceFormSize(const UIConfig& config, OPTITEM& item) {
     }
     for (WORD i = 0; i < type->Count; ++i) {
         const wchar_t* name = type->pOptParam[i].pData;
-        if (name != nullptr && name[0] != L'\0' && IsDeviceFormSize(GetFormSize(config.hPrinter, name), config)) {
+        if (name != nullptr && name[0] != L'\0' && IsFormOfDeviceSize(GetFormSize(config.hPrinter, name), config)) {
             item.Sel = i;
         }
     }
@@ -114,7 +111,7 @@ LONG OnFormSizeChosen(PCPSUICBPARAM param, UIConfig& config) {
             continue;
         }
         if (item.pSel != nullptr) {
-            FormatWide(item.pSel, kLegacyEditCapacity, L"%.02f",
+            FormatWide(item.pSel, kMeasureTextCapacity, L"%.02f",
                        FormSizeInches(item.UserItemID == IDS_FORM_WIDTH ? width : length));
         }
         item.Flags |= OPTIF_CHANGED;
@@ -128,7 +125,8 @@ LONG OnFormSizeChosen(PCPSUICBPARAM param, UIConfig& config) {
 // have their own rules below).
 bool IsPlainSettingItem(BYTE id) {
     const LegacySetting* row = FindLegacySetting(id);
-    return row != nullptr && row->kind != LegacyItemKind::Head && row->kind != LegacyItemKind::Button;
+    return row != nullptr && row->kind != LegacyItemKind::Head && row->kind != LegacyItemKind::BrailleTablesButton &&
+           row->kind != LegacyItemKind::ResetButton;
 }
 
 LONG OnSelectionChanged(PCPSUICBPARAM param, UIConfig& config) {
@@ -173,7 +171,7 @@ void ApplyLegacyItems(PCPSUICBPARAM param, UIConfig& config) {
     ApplyLegacyChanges(config, edits.data(), edits.size());
     for (size_t i = 0; i < edits.size(); ++i) {
         if (edits[i].rewritten) {
-            CopyWide(edited[i]->pSel, kLegacyEditCapacity, edits[i].rewrittenText);
+            CopyWide(edited[i]->pSel, kMeasureTextCapacity, edits[i].rewrittenText);
             edited[i]->Flags |= OPTIF_CHANGED;
         }
     }
@@ -189,12 +187,9 @@ LONG OnApplyNow(PCPSUICBPARAM param, UIConfig& config) {
 
 void SetResetDefault(OPTITEM& item) {
     const LegacySetting* row = FindLegacySetting(item.UserItemID);
-    if (row == nullptr || !row->resets) {
-        return;
-    }
-    if (row->resetText != nullptr) {
+    if (row != nullptr && row->resetText != nullptr) {
         SetText(item, row->resetText);
-    } else {
+    } else if (row != nullptr && row->resetSelection >= 0) {
         item.Sel = row->resetSelection;
     }
 }
@@ -229,16 +224,14 @@ void UpdateCurrentOptionItem(const UIConfig* pConfig, POPTITEM pItem) {
             break;
         case LegacyItemKind::Seconds:
             if (item.pSel != nullptr) {
-                FormatWide(item.pSel, kLegacyEditCapacity, L"%u", static_cast<unsigned>(LegacyFieldOf(*row, c)));
+                FormatWide(item.pSel, kMeasureTextCapacity, L"%u", static_cast<unsigned>(LegacyFieldOf(*row, c)));
             }
             break;
         case LegacyItemKind::List:
         case LegacyItemKind::UpDown:
             item.Sel = LegacySelectionOf(*row, c, LegacyMoment::Refresh);
             break;
-        case LegacyItemKind::Head:
-        case LegacyItemKind::Button:
-        case LegacyItemKind::Accepted:
+        default:
             break;
     }
 }

@@ -1,7 +1,6 @@
 #include "device/protocol/legacy_setting_rules.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <string>
 

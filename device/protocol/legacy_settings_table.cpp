@@ -23,62 +23,6 @@ enum UnlistedItem : uint8_t {
 
 #define LEGACY_FIELD(name) offsetof(UIConfig, name)
 
-constexpr LegacySetting Row(uint8_t id, uint16_t caption, LegacyItemKind kind) {
-    LegacySetting row{};
-    row.id = id;
-    row.caption = caption;
-    row.kind = kind;
-    row.inTree = true;
-    row.field = kNoLegacyField;
-    row.text = kNoLegacyField;
-    return row;
-}
-
-constexpr LegacySetting Resetting(LegacySetting row, int32_t selection, const WideChar* text = nullptr) {
-    row.resets = true;
-    row.resetSelection = selection;
-    row.resetText = text;
-    return row;
-}
-
-constexpr LegacySetting Ruled(LegacySetting row, LegacyValueRule rule, int32_t lowest, int32_t highest = 0,
-                              int32_t fallback = 0) {
-    row.rule = rule;
-    row.lowest = lowest;
-    row.highest = highest;
-    row.fallback = fallback;
-    return row;
-}
-
-constexpr LegacySetting Traced(LegacySetting row, const WideChar* format) {
-    row.changeTrace = format;
-    return row;
-}
-
-constexpr LegacySetting Sent(LegacySetting row, size_t field, const WideChar* key, PjlValueForm form,
-                             LegacyReplyForm reply) {
-    row.field = field;
-    row.key = key;
-    row.form = form;
-    row.reply = reply;
-    return row;
-}
-
-constexpr LegacySetting Inches(uint16_t caption, size_t field, size_t text, const WideChar* key,
-                               const WideChar* reset) {
-    LegacySetting row = Sent(Row(static_cast<uint8_t>(caption), caption, LegacyItemKind::Inches), field, key,
-                             PjlValueForm::Number, LegacyReplyForm::Number);
-    row.text = text;
-    return Resetting(row, 0, reset);
-}
-
-constexpr LegacySetting UpDown(uint16_t caption, size_t field, const WideChar* key, int32_t reset) {
-    return Resetting(Ruled(Sent(Row(static_cast<uint8_t>(caption), caption, LegacyItemKind::UpDown), field, key,
-                                PjlValueForm::Number, LegacyReplyForm::Number),
-                           LegacyValueRule::AsIs, 20, 48),  // chars per line and lines per page alike
-                     reset);
-}
-
 template <size_t N>
 constexpr LegacyEntryMap Map(const LegacyEntry (&pairs)[N], int32_t otherSelection, uint32_t otherCode,
                              bool ignoreBit8 = false) {
@@ -92,52 +36,11 @@ constexpr LegacyWordList Words(const LegacyWord (&words)[N], uint32_t otherCode,
 }
 
 template <size_t N>
-constexpr LegacySetting List(uint16_t caption, const uint16_t (&entries)[N], size_t field, const WideChar* key,
-                             PjlValueForm form, LegacyReplyForm reply, LegacyEntryMap shown) {
-    LegacySetting row =
-        Sent(Row(static_cast<uint8_t>(caption), caption, LegacyItemKind::List), field, key, form, reply);
-    row.entries = entries;
-    row.entryCount = static_cast<uint8_t>(N);
-    row.shown = shown;
-    return row;
+constexpr LegacyList ListOf(const uint16_t (&entries)[N], LegacyEntryMap shown, LegacyWordList words = {},
+                            const LegacyEntryMap* builtFrom = nullptr, const LegacyEntryMap* refreshedFrom = nullptr) {
+    return {entries, static_cast<uint8_t>(N), shown, builtFrom, refreshedFrom, words};
 }
-
-constexpr LegacySetting WithWords(LegacySetting row, LegacyWordList words) {
-    row.words = words;
-    return row;
-}
-
-// Entries that differ from `shown` when the branch is built or after a read.
-constexpr LegacySetting Differing(LegacySetting row, const LegacyEntryMap* builtFrom,
-                                  const LegacyEntryMap* refreshedFrom) {
-    row.builtFrom = builtFrom;
-    row.refreshedFrom = refreshedFrom;
-    return row;
-}
-
-// The braille table: its code is kept in `field`, its name in `text`.
-constexpr LegacySetting Named(LegacySetting row, size_t text) {
-    row.text = text;
-    row.carriesConfig = true;
-    return row;
-}
-
-// A setting that no branch of ours builds: a selection or a text of another tree.
-constexpr LegacySetting Unlisted(uint8_t id, LegacyItemKind kind, size_t field, const WideChar* key,
-                                 LegacyEntryMap shown = kEntryIsCode) {
-    LegacySetting row = Sent(Row(id, 0, kind), field, key, PjlValueForm::Number, LegacyReplyForm::None);
-    row.inTree = false;
-    row.shown = shown;
-    return row;
-}
-
-constexpr LegacySetting Button(uint8_t id, uint16_t caption, LegacyButton button, uint16_t style) {
-    LegacySetting row = Row(id, caption, LegacyItemKind::Button);
-    row.carriesConfig = true;
-    row.button = button;
-    row.buttonStyle = style;
-    return row;
-}
+constexpr LegacyList kNoEntries(LegacyEntryMap shown) { return {nullptr, 0, shown}; }
 
 constexpr uint16_t kTextGraphicsEntries[] = {IDS_TEXT, IDS_GRAPHICS};
 constexpr uint16_t kDotsEntries[] = {IDS_DOTS_6, IDS_DOTS_8};
@@ -151,10 +54,10 @@ constexpr uint16_t kMediaEntries[] = {
     IDS_MEDIA_CUSTOM_9,  IDS_MEDIA_CUSTOM_10, IDS_MEDIA_CUSTOM_11, IDS_MEDIA_CUSTOM_12,
     IDS_MEDIA_CUSTOM_13, IDS_MEDIA_CUSTOM_14, IDS_MEDIA_CUSTOM_15, IDS_MEDIA_CUSTOM_16};
 constexpr uint16_t kTableEntries[] = {
-    IDS_TABLE_CUSTOM,    IDS_TABLE_ENGLISH_US, IDS_TABLE_GERMAN,     IDS_TABLE_FRENCH,   IDS_TABLE_SPANISH,
-    IDS_TABLE_ITALIAN,   IDS_TABLE_ARABIC,     IDS_TABLE_CZECH,      IDS_TABLE_DANISH,   IDS_TABLE_GREEK,
-    IDS_TABLE_SWEDISH,   IDS_TABLE_LATVIAN,    IDS_TABLE_ICELANDIC,  IDS_TABLE_NORWEGIAN, IDS_TABLE_RUSSIAN,
-    IDS_TABLE_ENGLISH_UK, IDS_TABLE_DUTCH,     IDS_TABLE_POLISH,     IDS_TABLE_PORTUGUESE, IDS_TABLE_JAPANESE};
+    IDS_TABLE_CUSTOM,     IDS_TABLE_ENGLISH_US, IDS_TABLE_GERMAN,    IDS_TABLE_FRENCH,     IDS_TABLE_SPANISH,
+    IDS_TABLE_ITALIAN,    IDS_TABLE_ARABIC,     IDS_TABLE_CZECH,     IDS_TABLE_DANISH,     IDS_TABLE_GREEK,
+    IDS_TABLE_SWEDISH,    IDS_TABLE_LATVIAN,    IDS_TABLE_ICELANDIC, IDS_TABLE_NORWEGIAN,  IDS_TABLE_RUSSIAN,
+    IDS_TABLE_ENGLISH_UK, IDS_TABLE_DUTCH,      IDS_TABLE_POLISH,    IDS_TABLE_PORTUGUESE, IDS_TABLE_JAPANESE};
 constexpr uint16_t kDotHeightEntries[] = {IDS_HIGH, IDS_NORMAL, IDS_LOW};  // from high to low
 constexpr uint16_t kQualityEntries[] = {IDS_DRAFT, IDS_STANDARD, IDS_BEST};
 constexpr uint16_t kDuplexEntries[] = {IDS_SINGLE_SIDED, IDS_DOUBLE_SIDED};
@@ -165,7 +68,7 @@ constexpr LegacyEntry kOnOff[] = {{1, 0}, {0, 1}};  // the first entry means on
 constexpr LegacyEntry kDots[] = {{6, 0}, {8, 1}};
 constexpr LegacyEntry kStandards[] = {{1, 1}, {2, 2}, {3, 3}, {4, 4}, {5, 5}};
 constexpr LegacyEntry kStandardsRefreshed[] = {{1, 1}, {2, 2}, {3, 2}, {4, 4}, {5, 5}};
-constexpr LegacyEntry kMedia[] = {{13, 1}, {2, 2},  {3, 3},  {11, 4}, {17, 5}, {30, 6},  {31, 7},  {32, 8},
+constexpr LegacyEntry kMedia[] = {{13, 1}, {2, 2},   {3, 3},   {11, 4},  {17, 5},  {30, 6},  {31, 7},  {32, 8},
                                   {33, 9}, {34, 10}, {35, 11}, {36, 12}, {37, 13}, {38, 14}, {39, 15}};
 constexpr LegacyEntry kQualities[] = {{0, 0}, {2, 2}};
 constexpr LegacyEntry kDuplexModes[] = {{1, 1}, {2, 2}};
@@ -173,16 +76,13 @@ constexpr LegacyEntry kDuplexBuilt[] = {{0, 0}};
 constexpr LegacyEntry kFaces[] = {{1, 0}, {2, 1}};
 constexpr LegacyEntry kPaperSources[] = {{8, 1}, {9, 2}, {10, 3}, {11, 4}, {4, 5}};
 
-constexpr LegacyEntryMap kStandardsRefreshedMap = Map(kStandardsRefreshed, 0, 0);
-constexpr LegacyEntryMap kDuplexBuiltMap = Map(kDuplexBuilt, 1, 0);
-
 // "CUSTOM" comes before the numbered custom media and is a prefix of each of them, so a
 // reply's numbered custom medium reads as 30. The embosser's readers expect exactly this;
 // keep the order.
 constexpr LegacyWord kMediaWords[] = {
-    {13, "LIGHTBRAILLE"}, {2, "PLAIN"},     {3, "PREMIUM"},    {11, "CARDSTOCK"}, {17, "CHINESE"},
-    {30, "CUSTOM"},       {31, "CUSTOM8"},  {32, "CUSTOM9"},   {33, "CUSTOM10"},  {34, "CUSTOM11"},
-    {35, "CUSTOM12"},     {36, "CUSTOM13"}, {37, "CUSTOM14"},  {38, "CUSTOM15"},  {39, "CUSTOM16"}};
+    {13, "LIGHTBRAILLE"}, {2, "PLAIN"},     {3, "PREMIUM"},   {11, "CARDSTOCK"}, {17, "CHINESE"},
+    {30, "CUSTOM"},       {31, "CUSTOM8"},  {32, "CUSTOM9"},  {33, "CUSTOM10"},  {34, "CUSTOM11"},
+    {35, "CUSTOM12"},     {36, "CUSTOM13"}, {37, "CUSTOM14"}, {38, "CUSTOM15"},  {39, "CUSTOM16"}};
 constexpr LegacyWord kSpacingWords[] = {
     {1, "USLIBCONGRESS"}, {2, "USNATLIB"}, {3, "MICROBRAILLE"}, {4, "KOREANBRAILLE"}, {5, "JUMBOBRAILLE"}};
 constexpr LegacyWord kForceWords[] = {{0, "HEAVY"}, {2, "LIGHT"}};
@@ -190,106 +90,107 @@ constexpr LegacyWord kQualityWords[] = {{0, "DRAFT"}, {2, "BEST"}};
 constexpr LegacyWord kDuplexWords[] = {{1, "LONGEDGE"}, {2, "SHORTEDGE"}};
 constexpr LegacyWord kFaceWords[] = {{2, "2"}};  // read as a word, sent as a number
 
-constexpr uint16_t kResetButtonStyle = 0x60;  // OTS_PUSH_INCL_SETUP_TITLE | OTS_PUSH_NO_DOT_DOT_DOT
-
-// The rows in the branch's order. The mappings are not all inverse of each other, and
-// each difference is kept on purpose:
+// The lists' mappings are not all inverse of each other, and each difference is kept on
+// purpose:
 //  - the braille standard's code 3 (Microbraille) is built as its own entry, but a read
 //    shows it as entry 2 (American National Library of the Blind), which an apply then
 //    sends as USNATLIB;
 //  - duplex is built as single or double sided (any non-zero code is entry 1), while a
-//    read shows SHORTEDGE as entry 2, which the list does not have; an apply sends what
-//    the entry says only when the entry changes;
-//  - the braille table is built from the table's code kept with the settings, a read
-//    shows the code of the name the embosser gave;
+//    read shows SHORTEDGE as entry 2, which the list does not have, and an apply sends
+//    what the entry says only when the entry changes;
+//  - the braille table is built from the table's code kept with the settings, while a
+//    read shows the code of the name the embosser gave;
 //  - the extra line spacing is typed in hundredths of an inch and kept in twentieths, so
 //    a read shows it truncated to the twentieth below (0.33 comes back as 0.30).
-constexpr LegacySetting kSettings[] = {
-    Row(kLegacyHeadId, IDS_LEGACY_SETTINGS, LegacyItemKind::Head),
-    Resetting(Row(IDS_FORM_SIZE, IDS_FORM_SIZE, LegacyItemKind::FormSize), 0),
-    Traced(Ruled(Inches(IDS_FORM_WIDTH, LEGACY_FIELD(EmbsrPaperWidth), LEGACY_FIELD(PaperWidthText),
-                        W16("PAPERWIDTH"), W16("8.50")),
-                 LegacyValueRule::DeviceLength, 0),
-           W16("ApplyLegacyChanges(): paper width=%d\n")),
-    Ruled(Inches(IDS_FORM_LENGTH, LEGACY_FIELD(EmbsrPaperLength), LEGACY_FIELD(PaperLengthText),
-                 W16("PAPERLENGTH"), W16("11.00")),
-          LegacyValueRule::DeviceLength, 0),
-    Inches(IDS_TOP_MARGIN, LEGACY_FIELD(EmbsrTopMargin), LEGACY_FIELD(TopMarginText), W16("TOPMARGIN"),
-           W16("0.50")),
-    Ruled(Inches(IDS_LEFT_MARGIN, LEGACY_FIELD(EmbsrLeftMargin), LEGACY_FIELD(LeftMarginText), W16("LEFTMARGIN"),
-                 W16("0.25")),
-          LegacyValueRule::AtLeastLowest, 5),
-    Ruled(Inches(IDS_RIGHT_MARGIN, LEGACY_FIELD(EmbsrRightMargin), LEGACY_FIELD(RightMarginText),
-                 W16("RIGHTMARGIN"), W16("0.25")),
-          LegacyValueRule::AtLeastLowestOnWideForms, 5, 220),
-    UpDown(IDS_CHARS_PER_LINE, LEGACY_FIELD(EmbsrCharsWidth), W16("CHARSWIDTH"), 32),
-    UpDown(IDS_LINES_PER_PAGE, LEGACY_FIELD(EmbsrLinesLength), W16("LINESLENGTH"), 25),
-    Resetting(List(IDS_TEXT_GRAPHICS_MODE, kTextGraphicsEntries, LEGACY_FIELD(EmbsrGraphicsMode), W16("GRAPHICS"),
-                   PjlValueForm::Switch, LegacyReplyForm::Switch, Map(kOffOn, 0, 0)),
-              0),
-    Resetting(List(IDS_DOTS_PER_CHARACTER, kDotsEntries, LEGACY_FIELD(EmbsrBrailleDots), W16("BRAILLEDOTS"),
-                   PjlValueForm::Number, LegacyReplyForm::Number, Map(kDots, 0, 8)),
-              0),
-    Differing(Resetting(WithWords(List(IDS_BRAILLE_STANDARD, kStandardEntries, LEGACY_FIELD(EmbsrBrailleStandard),
-                                       W16("SPACING"), PjlValueForm::Word, LegacyReplyForm::Word, Map(kStandards, 0, 0)),
-                                  Words(kSpacingWords, 0, "MARBURG")),
-                        0),
-              nullptr, &kStandardsRefreshedMap),
-    Resetting(List(IDS_AUTOMATIC_TEXT_WRAPPING, kOnOffEntries, LEGACY_FIELD(EmbsrAutoCr), W16("AUTOCR"),
-                   PjlValueForm::Switch, LegacyReplyForm::Switch, Map(kOnOff, 0, 0)),
-              1),
-    Ruled(Inches(IDS_EXTRA_LINE_SPACING, LEGACY_FIELD(EmbsrLineSpacing), LEGACY_FIELD(LineSpacingText),
-                 W16("EXTRALINESPACE"), W16("0.00")),
-          LegacyValueRule::LineSpacing, 0, 1250),
-    Traced(Resetting(WithWords(List(IDS_MEDIA_TYPE, kMediaEntries, LEGACY_FIELD(EmbsrMediaType), W16("MEDIATYPE"),
-                                    PjlValueForm::Word, LegacyReplyForm::Word, Map(kMedia, 0, 12, true)),
-                               Words(kMediaWords, 12, "BRAILLE")),
-                     0),
-           W16("ApplyLegacyChanges(): media type=%d\n")),
-    Button(IDS_TABLE, IDS_BRAILLE_TABLES, LegacyButton::BrailleTables, 0),
-    Named(Resetting(Ruled(List(IDS_BRAILLE_TABLE, kTableEntries, LEGACY_FIELD(BrailleTableIndex), W16("BRAILLETABLE"),
-                               PjlValueForm::Word, LegacyReplyForm::Text, kEntryIsCode),
-                          LegacyValueRule::BrailleTableName, 0),
-                    1),
-          LEGACY_FIELD(EmbsrBrailleTable)),
-    Resetting(WithWords(List(IDS_BRAILLE_DOT_HEIGHT, kDotHeightEntries, LEGACY_FIELD(EmbsrBrailleForce),
-                             W16("BRAILLEFORCE"), PjlValueForm::Word, LegacyReplyForm::Word, kEntryIsCode),
-                        Words(kForceWords, 1, "NORMAL")),
-              1),
-    Resetting(WithWords(List(IDS_BRAILLE_QUALITY, kQualityEntries, LEGACY_FIELD(EmbsrQuality), W16("QUALITY"),
-                             PjlValueForm::Word, LegacyReplyForm::Word, Map(kQualities, 1, 1)),
-                        Words(kQualityWords, 1, "STANDARD")),
-              1),
-    Differing(Resetting(WithWords(List(IDS_DUPLEX, kDuplexEntries, LEGACY_FIELD(EmbsrDuplex), W16("DUPLEXMODE"),
-                                       PjlValueForm::Word, LegacyReplyForm::Word, Map(kDuplexModes, 0, 0)),
-                                  Words(kDuplexWords, 0, "SIMPLEX")),
-                        0),
-              &kDuplexBuiltMap, nullptr),
-    Resetting(WithWords(List(IDS_OUTPUT_FACE, kFaceEntries, LEGACY_FIELD(EmbsrOutputFace), W16("OUTPUTFACE"),
-                             PjlValueForm::Number, LegacyReplyForm::Word, Map(kFaces, 0, 2)),
-                        Words(kFaceWords, 1, nullptr)),
-              1),
-    Button(IDS_RESET_TO_DEFAULT, IDS_RESET_TO_DEFAULT, LegacyButton::ResetToDefault, kResetButtonStyle),
+constexpr LegacyEntryMap kStandardsRefreshedMap = Map(kStandardsRefreshed, 0, 0);
+constexpr LegacyEntryMap kDuplexBuiltMap = Map(kDuplexBuilt, 1, 0);
+constexpr LegacyList kTextGraphicsList = ListOf(kTextGraphicsEntries, Map(kOffOn, 0, 0));
+constexpr LegacyList kDotsList = ListOf(kDotsEntries, Map(kDots, 0, 8));
+constexpr LegacyList kStandardList =
+    ListOf(kStandardEntries, Map(kStandards, 0, 0), Words(kSpacingWords, 0, "MARBURG"), nullptr, &kStandardsRefreshedMap);
+constexpr LegacyList kAutoCrList = ListOf(kOnOffEntries, Map(kOnOff, 0, 0));
+constexpr LegacyList kMediaList = ListOf(kMediaEntries, Map(kMedia, 0, 12, true), Words(kMediaWords, 12, "BRAILLE"));
+constexpr LegacyList kTableList = ListOf(kTableEntries, kEntryIsCode);
+constexpr LegacyList kDotHeightList = ListOf(kDotHeightEntries, kEntryIsCode, Words(kForceWords, 1, "NORMAL"));
+constexpr LegacyList kQualityList = ListOf(kQualityEntries, Map(kQualities, 1, 1), Words(kQualityWords, 1, "STANDARD"));
+constexpr LegacyList kDuplexList =
+    ListOf(kDuplexEntries, Map(kDuplexModes, 0, 0), Words(kDuplexWords, 0, "SIMPLEX"), &kDuplexBuiltMap);
+constexpr LegacyList kFaceList = ListOf(kFaceEntries, Map(kFaces, 0, 2), Words(kFaceWords, 1, nullptr));
+constexpr LegacyList kPaperSourceList = kNoEntries(Map(kPaperSources, 0, 0));
+constexpr LegacyList kAutoLoadList = kNoEntries(Map(kOnOff, 0, 0));
 
-    Ruled(Unlisted(kItemCustomMediaMin, LegacyItemKind::List, LEGACY_FIELD(EmbsrCustomMediaMin),
-                   W16("CUSTOMMEDIAMIN")),
-          LegacyValueRule::LowByte, 0),
-    Ruled(Unlisted(kItemCustomMediaMax, LegacyItemKind::List, LEGACY_FIELD(EmbsrCustomMediaMax),
-                   W16("CUSTOMMEDIAMAX")),
-          LegacyValueRule::LowByte, 0),
-    Ruled(Unlisted(kItemPaperSource, LegacyItemKind::List, LEGACY_FIELD(PaperSourceCode), W16("PAPERSOURCE"),
-                   Map(kPaperSources, 0, 0)),
-          LegacyValueRule::Forced, 0, 0, 7),
-    Ruled(Unlisted(kItemDryTime, LegacyItemKind::Seconds, LEGACY_FIELD(DryTime), W16("DRYTIME")),
-          LegacyValueRule::FallbackOutside, 1, 16, 8),
-    Unlisted(kItemAutoLoad, LegacyItemKind::List, LEGACY_FIELD(AutoLoadPaper), W16("AUTOLOAD"), Map(kOnOff, 0, 0)),
-    Unlisted(kItemAcceptedA, LegacyItemKind::Accepted, kNoLegacyField, nullptr),
-    Unlisted(kItemAcceptedB, LegacyItemKind::Accepted, kNoLegacyField, nullptr),
+using Kind = LegacyItemKind;
+using Form = PjlValueForm;
+using Reply = LegacyReplyForm;
+using Rule = LegacyValueRule;
+
+// The rows in the branch's order, then the items it does not build. Lengths are in
+// 1/20 inch; up-down items have their range in `lowest` and `highest`.
+constexpr LegacySetting kSettings[] = {
+    // id, caption, kind, field, key, form, reply, list, reset selection, reset text,
+    // text, rule, lowest, highest, fallback, change trace
+    {kLegacyHeadId, IDS_LEGACY_SETTINGS, Kind::Head},
+    {IDS_FORM_SIZE, IDS_FORM_SIZE, Kind::FormSize, kNoLegacyField, nullptr, Form::Number, Reply::None, nullptr, 0},
+    {IDS_FORM_WIDTH, IDS_FORM_WIDTH, Kind::Inches, LEGACY_FIELD(EmbsrPaperWidth), W16("PAPERWIDTH"), Form::Number,
+     Reply::Number, nullptr, 0, W16("8.50"), LEGACY_FIELD(PaperWidthText), Rule::DeviceLength, 0, 0, 0,
+     W16("ApplyLegacyChanges(): paper width=%d\n")},
+    {IDS_FORM_LENGTH, IDS_FORM_LENGTH, Kind::Inches, LEGACY_FIELD(EmbsrPaperLength), W16("PAPERLENGTH"), Form::Number,
+     Reply::Number, nullptr, 0, W16("11.00"), LEGACY_FIELD(PaperLengthText), Rule::DeviceLength},
+    {IDS_TOP_MARGIN, IDS_TOP_MARGIN, Kind::Inches, LEGACY_FIELD(EmbsrTopMargin), W16("TOPMARGIN"), Form::Number,
+     Reply::Number, nullptr, 0, W16("0.50"), LEGACY_FIELD(TopMarginText)},
+    {IDS_LEFT_MARGIN, IDS_LEFT_MARGIN, Kind::Inches, LEGACY_FIELD(EmbsrLeftMargin), W16("LEFTMARGIN"), Form::Number,
+     Reply::Number, nullptr, 0, W16("0.25"), LEGACY_FIELD(LeftMarginText), Rule::AtLeastLowest, 5},
+    {IDS_RIGHT_MARGIN, IDS_RIGHT_MARGIN, Kind::Inches, LEGACY_FIELD(EmbsrRightMargin), W16("RIGHTMARGIN"),
+     Form::Number, Reply::Number, nullptr, 0, W16("0.25"), LEGACY_FIELD(RightMarginText),
+     Rule::AtLeastLowestOnWideForms, 5, 220},
+    {IDS_CHARS_PER_LINE, IDS_CHARS_PER_LINE, Kind::UpDown, LEGACY_FIELD(EmbsrCharsWidth), W16("CHARSWIDTH"),
+     Form::Number, Reply::Number, nullptr, 32, nullptr, kNoLegacyField, Rule::AsIs, 20, 48},
+    {IDS_LINES_PER_PAGE, IDS_LINES_PER_PAGE, Kind::UpDown, LEGACY_FIELD(EmbsrLinesLength), W16("LINESLENGTH"),
+     Form::Number, Reply::Number, nullptr, 25, nullptr, kNoLegacyField, Rule::AsIs, 20, 48},  // the same range
+    {IDS_TEXT_GRAPHICS_MODE, IDS_TEXT_GRAPHICS_MODE, Kind::List, LEGACY_FIELD(EmbsrGraphicsMode), W16("GRAPHICS"),
+     Form::Switch, Reply::Switch, &kTextGraphicsList, 0},
+    {IDS_DOTS_PER_CHARACTER, IDS_DOTS_PER_CHARACTER, Kind::List, LEGACY_FIELD(EmbsrBrailleDots), W16("BRAILLEDOTS"),
+     Form::Number, Reply::Number, &kDotsList, 0},
+    {IDS_BRAILLE_STANDARD, IDS_BRAILLE_STANDARD, Kind::List, LEGACY_FIELD(EmbsrBrailleStandard), W16("SPACING"),
+     Form::Word, Reply::Word, &kStandardList, 0},
+    {IDS_AUTOMATIC_TEXT_WRAPPING, IDS_AUTOMATIC_TEXT_WRAPPING, Kind::List, LEGACY_FIELD(EmbsrAutoCr), W16("AUTOCR"),
+     Form::Switch, Reply::Switch, &kAutoCrList, 1},
+    {IDS_EXTRA_LINE_SPACING, IDS_EXTRA_LINE_SPACING, Kind::Inches, LEGACY_FIELD(EmbsrLineSpacing),
+     W16("EXTRALINESPACE"), Form::Number, Reply::Number, nullptr, 0, W16("0.00"), LEGACY_FIELD(LineSpacingText),
+     Rule::LineSpacing, 0, 1250},
+    {IDS_MEDIA_TYPE, IDS_MEDIA_TYPE, Kind::List, LEGACY_FIELD(EmbsrMediaType), W16("MEDIATYPE"), Form::Word,
+     Reply::Word, &kMediaList, 0, nullptr, kNoLegacyField, Rule::AsIs, 0, 0, 0,
+     W16("ApplyLegacyChanges(): media type=%d\n")},
+    {IDS_TABLE, IDS_BRAILLE_TABLES, Kind::BrailleTablesButton},
+    {IDS_BRAILLE_TABLE, IDS_BRAILLE_TABLE, Kind::List, LEGACY_FIELD(BrailleTableIndex), W16("BRAILLETABLE"),
+     Form::Word, Reply::Text, &kTableList, 1, nullptr, LEGACY_FIELD(EmbsrBrailleTable), Rule::BrailleTableName},
+    {IDS_BRAILLE_DOT_HEIGHT, IDS_BRAILLE_DOT_HEIGHT, Kind::List, LEGACY_FIELD(EmbsrBrailleForce),
+     W16("BRAILLEFORCE"), Form::Word, Reply::Word, &kDotHeightList, 1},
+    {IDS_BRAILLE_QUALITY, IDS_BRAILLE_QUALITY, Kind::List, LEGACY_FIELD(EmbsrQuality), W16("QUALITY"), Form::Word,
+     Reply::Word, &kQualityList, 1},
+    {IDS_DUPLEX, IDS_DUPLEX, Kind::List, LEGACY_FIELD(EmbsrDuplex), W16("DUPLEXMODE"), Form::Word, Reply::Word,
+     &kDuplexList, 0},
+    {IDS_OUTPUT_FACE, IDS_OUTPUT_FACE, Kind::List, LEGACY_FIELD(EmbsrOutputFace), W16("OUTPUTFACE"), Form::Number,
+     Reply::Word, &kFaceList, 1},
+    {IDS_RESET_TO_DEFAULT, IDS_RESET_TO_DEFAULT, Kind::ResetButton},
+
+    {kItemCustomMediaMin, 0, Kind::List, LEGACY_FIELD(EmbsrCustomMediaMin), W16("CUSTOMMEDIAMIN"), Form::Number,
+     Reply::None, nullptr, -1, nullptr, kNoLegacyField, Rule::LowByte},
+    {kItemCustomMediaMax, 0, Kind::List, LEGACY_FIELD(EmbsrCustomMediaMax), W16("CUSTOMMEDIAMAX"), Form::Number,
+     Reply::None, nullptr, -1, nullptr, kNoLegacyField, Rule::LowByte},
+    {kItemPaperSource, 0, Kind::List, LEGACY_FIELD(PaperSourceCode), W16("PAPERSOURCE"), Form::Number, Reply::None,
+     &kPaperSourceList, -1, nullptr, kNoLegacyField, Rule::Forced, 0, 0, 7},
+    {kItemDryTime, 0, Kind::Seconds, LEGACY_FIELD(DryTime), W16("DRYTIME"), Form::Number, Reply::None, nullptr, -1,
+     nullptr, kNoLegacyField, Rule::FallbackOutside, 1, 16, 8},
+    {kItemAutoLoad, 0, Kind::List, LEGACY_FIELD(AutoLoadPaper), W16("AUTOLOAD"), Form::Number, Reply::None,
+     &kAutoLoadList},
+    {kItemAcceptedA, 0, Kind::Accepted},
+    {kItemAcceptedB, 0, Kind::Accepted},
 };
 
 constexpr size_t CountTreeItems() {
     size_t count = 0;
-    for (const LegacySetting& row : kSettings) count += row.inTree ? 1 : 0;
+    for (const LegacySetting& row : kSettings) count += row.caption != 0 ? 1 : 0;
     return count;
 }
 static_assert(CountTreeItems() == 22, "the branch has its head and 21 settings");
@@ -350,13 +251,15 @@ int32_t LegacySelectionOf(const LegacySetting& setting, const UIConfig& config, 
     if (setting.rule == LegacyValueRule::BrailleTableName && moment == LegacyMoment::Refresh) {
         return static_cast<int32_t>(BrailleTableStringToInt(LegacyTextOf(setting, config)));
     }
-    const LegacyEntryMap* map = moment == LegacyMoment::Build ? setting.builtFrom : setting.refreshedFrom;
-    return SelectionOfCode(map != nullptr ? *map : setting.shown, LegacyFieldOf(setting, config));
+    if (setting.list == nullptr) return static_cast<int32_t>(LegacyFieldOf(setting, config));
+    const LegacyList& list = *setting.list;
+    const LegacyEntryMap* map = moment == LegacyMoment::Build ? list.builtFrom : list.refreshedFrom;
+    return SelectionOfCode(map != nullptr ? *map : list.shown, LegacyFieldOf(setting, config));
 }
 
 uint32_t LegacyCodeOfSelection(const LegacySetting& setting, int32_t selection) {
-    const LegacyEntryMap& map = setting.shown;
-    if (map.count == 0) return static_cast<uint32_t>(selection);
+    if (setting.list == nullptr || setting.list->shown.count == 0) return static_cast<uint32_t>(selection);
+    const LegacyEntryMap& map = setting.list->shown;
     for (uint8_t i = 0; i < map.count; ++i) {
         if (map.pairs[i].selection == selection) return map.pairs[i].code;
     }
@@ -364,13 +267,12 @@ uint32_t LegacyCodeOfSelection(const LegacySetting& setting, int32_t selection) 
 }
 
 uint32_t LegacyCodeOfReply(const LegacySetting& setting, const char* block) {
+    const LegacyWordList& words = setting.list != nullptr ? setting.list->words : LegacyWordList{};
     const std::string prefix = ozdk::NarrowAscii(setting.key) + "=";
-    for (uint8_t i = 0; i < setting.words.count; ++i) {
-        if (std::strstr(block, (prefix + setting.words.words[i].word).c_str()) != nullptr) {
-            return setting.words.words[i].code;
-        }
+    for (uint8_t i = 0; i < words.count; ++i) {
+        if (std::strstr(block, (prefix + words.words[i].word).c_str()) != nullptr) return words.words[i].code;
     }
-    return setting.words.otherCode;
+    return words.otherCode;
 }
 
 PjlDefault LegacyCommandOf(const LegacySetting& setting, uint32_t code) {
@@ -385,5 +287,5 @@ PjlDefault LegacyCommandOf(const LegacySetting& setting, uint32_t code) {
             break;
     }
     return PjlWord(setting.key, setting.rule == LegacyValueRule::BrailleTableName ? BrailleTableIntToAnsiString(code)
-                                                                                   : WordOfCode(setting.words, code));
+                                                                                   : WordOfCode(setting.list->words, code));
 }

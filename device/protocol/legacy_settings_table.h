@@ -14,34 +14,34 @@
 #include "config/ui_config.h"
 #include "device/protocol/pjl_commands.h"
 
-inline constexpr int32_t kDeviceUnitsPerTwentieth = 36;
-inline constexpr uint8_t kLegacyHeadId = 0;  // the branch's title carries no caption number  // the embosser measures lengths in 1/720 inch
+inline constexpr int32_t kDeviceUnitsPerTwentieth = 36;  // the embosser measures lengths in 1/720 inch
+inline constexpr uint8_t kLegacyHeadId = 0;              // the branch's title carries no caption number
+inline constexpr size_t kNoLegacyField = SIZE_MAX;
 
 // How an item shows its setting.
 enum class LegacyItemKind : uint8_t {
-    Head,      // the branch's title
-    FormSize,  // the printer's paper sizes, then "Custom"; a choice fills width and length
-    List,      // list entries; the setting is a code shown as an entry
-    UpDown,    // a number between `lowest` and `highest`
-    Inches,    // an edit box of inches with two decimals; the setting is kept in 1/20 inch
-    Seconds,   // an edit box of whole seconds
-    Button,    // a push button; `button` says which
-    Accepted,  // no value of its own: a change only marks the settings changed
+    Head,                 // the branch's title
+    FormSize,             // the printer's paper sizes, then "Custom"; a choice fills width and length
+    List,                 // list entries; the setting is a code shown as an entry
+    UpDown,               // a number between `lowest` and `highest`
+    Inches,               // an edit box of inches with two decimals; the setting is kept in 1/20 inch
+    Seconds,              // an edit box of whole seconds
+    BrailleTablesButton,  // asks the extension library for its braille-table dialog
+    ResetButton,          // "Reset To Default"
+    Accepted,             // no value of its own: a change only marks the settings changed
 };
-
-enum class LegacyButton : uint8_t { None, BrailleTables, ResetToDefault };
 
 // What a typed or chosen value becomes before it is compared and stored.
 enum class LegacyValueRule : uint8_t {
     AsIs,
-    AtLeastLowest,            // below `lowest` becomes `lowest`
+    AtLeastLowest,             // below `lowest` becomes `lowest`
     AtLeastLowestOnWideForms,  // the same, only on forms wider than `highest` (1/20 inch)
-    LineSpacing,              // hundredths up to `highest`, kept in fifths; the text is rewritten
-    DeviceLength,             // sent in 1/720 inch
-    FallbackOutside,          // outside `lowest`..`highest` becomes `fallback`
-    Forced,                   // always `fallback`, whatever was chosen
-    LowByte,                  // only the low 8 bits of the selection count
-    BrailleTableName,         // the setting is the table's name, compared ignoring case
+    LineSpacing,               // hundredths up to `highest`, kept in fifths; the text is rewritten
+    DeviceLength,              // sent in 1/720 inch
+    FallbackOutside,           // outside `lowest`..`highest` becomes `fallback`
+    Forced,                    // always `fallback`, whatever was chosen
+    LowByte,                   // only the low 8 bits of the selection count
+    BrailleTableName,          // the setting is the table's name (`text`), compared ignoring case
 };
 
 // How the embosser's reply carries a setting.
@@ -76,36 +76,35 @@ struct LegacyWordList {
     const char* otherWord;  // a code not listed
 };
 
-struct LegacySetting {
-    uint8_t id;          // UserItemID
-    uint16_t caption;    // string number of the caption; 0: the item has no caption
-    LegacyItemKind kind;
-    bool inTree;         // built into the branch (the others serve trees that hold them)
-    bool carriesConfig;  // the item's UserData is the UIConfig
-    const uint16_t* entries;  // string numbers of the list's entries
+// What a list shows: its entries (string numbers), how they map to codes, and the
+// embosser's words for the codes.
+struct LegacyList {
+    const uint16_t* entries;
     uint8_t entryCount;
-    size_t field;      // offset in UIConfig of the 32-bit setting; kNoLegacyField: none
-    size_t text;   // offset of the edit box's starting text, or of the braille table's name
-    const WideChar* key;  // PJL variable, also the reply's key; null: nothing is sent
-    PjlValueForm form;
-    LegacyReplyForm reply;
-    LegacyEntryMap shown;                 // entries after a read, and entries to codes
-    const LegacyEntryMap* builtFrom;      // entries when the branch is built, where they differ
-    const LegacyEntryMap* refreshedFrom;  // entries after a read, where they differ
-    LegacyWordList words;
-    LegacyValueRule rule;
-    int32_t lowest;
-    int32_t highest;
-    int32_t fallback;
-    const WideChar* changeTrace;  // traced with the new value when it changes, or null
-    bool resets;                  // "Reset To Default" sets it
-    int32_t resetSelection;
-    const WideChar* resetText;  // the reset text of an edit box
-    LegacyButton button;
-    uint16_t buttonStyle;  // the option type's style of a push button
+    LegacyEntryMap shown;                           // entries after a read, and entries to codes
+    const LegacyEntryMap* builtFrom = nullptr;      // entries when the branch is built, where they differ
+    const LegacyEntryMap* refreshedFrom = nullptr;  // entries after a read, where they differ
+    LegacyWordList words = {};
 };
 
-inline constexpr size_t kNoLegacyField = SIZE_MAX;
+struct LegacySetting {
+    uint8_t id;         // UserItemID
+    uint16_t caption;   // string number of the caption; 0: not built into the branch
+    LegacyItemKind kind;
+    size_t field = kNoLegacyField;  // offset in UIConfig of the 32-bit setting
+    const WideChar* key = nullptr;  // PJL variable, also the reply's key; null: nothing is sent
+    PjlValueForm form = PjlValueForm::Number;
+    LegacyReplyForm reply = LegacyReplyForm::None;
+    const LegacyList* list = nullptr;  // null: the entry is the code itself
+    int32_t resetSelection = -1;       // "Reset To Default" sets it; -1: not reset
+    const WideChar* resetText = nullptr;  // the reset text of an edit box
+    size_t text = kNoLegacyField;  // offset of the edit box's starting text, or of the table's name
+    LegacyValueRule rule = LegacyValueRule::AsIs;
+    int32_t lowest = 0;
+    int32_t highest = 0;
+    int32_t fallback = 0;
+    const WideChar* changeTrace = nullptr;  // traced with the new value when it changes
+};
 
 // The rows in the branch's order, then the items the branch does not build.
 struct LegacySettingRows {
@@ -131,7 +130,8 @@ int32_t LegacySelectionOf(const LegacySetting& setting, const UIConfig& config, 
 // The code an entry stands for.
 uint32_t LegacyCodeOfSelection(const LegacySetting& setting, int32_t selection);
 
-// The 32-bit setting of the row (0 when it has none) and the row's text (empty when none).
+// The row's 32-bit setting (signed or not) and the row's text (empty when none).
+uint32_t& LegacyFieldRef(const LegacySetting& setting, UIConfig& config);
 uint32_t LegacyFieldOf(const LegacySetting& setting, const UIConfig& config);
 const WideChar* LegacyTextOf(const LegacySetting& setting, const UIConfig& config);
 
@@ -141,6 +141,3 @@ uint32_t LegacyCodeOfReply(const LegacySetting& setting, const char* block);
 // The "DEFAULT" command that sends `code` for the row (the word of a code, the switch,
 // or the number in the device's unit).
 PjlDefault LegacyCommandOf(const LegacySetting& setting, uint32_t code);
-
-// The row's field in `config` as a 32-bit value.
-uint32_t& LegacyFieldRef(const LegacySetting& setting, UIConfig& config);
