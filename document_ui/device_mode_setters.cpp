@@ -64,8 +64,18 @@ int SetChoice(UIConfig* config, uint32_t* field, uint32_t value, const DevModeEd
 int WriteDevModeThrough(UIConfig* config, const DevModeEdit& edit, const DevModeEdit& reapply,
                         const DevModeEdit& beforePrinter, DevModeMerge* printerMerge) {
     if (config->pDevMode != nullptr) {
-        edit(*config->pDevMode);
-        MergeDevMode(config, config->pDevMode);
+        DEVMODEW* document = config->pDevMode;
+        const size_t size = size_t{document->dmSize} + document->dmDriverExtra;
+        const HeapBuffer kept(size);
+        if (kept) {
+            memcpy(kept.bytes(), document, size);
+        }
+        edit(*document);
+        if (MergeDevMode(config, document) < 0 && kept) {
+            Trace(L"WriteDevModeThrough(): the driver refused the document's device mode, err=%d\n",
+                  static_cast<int>(GetLastError()));
+            memcpy(document, kept.bytes(), size);
+        }
     }
     HeapBuffer info = FetchPrinterInfo(config->hPrinter, 2);
     if (!info) {
@@ -84,6 +94,11 @@ int WriteDevModeThrough(UIConfig* config, const DevModeEdit& edit, const DevMode
     const LONG merged = MergeDevMode(config, &printerDevMode);
     if (printerMerge != nullptr) {
         *printerMerge = DevModeMerge{merged, GetLastError()};
+    }
+    if (merged < 0) {
+        Trace(L"WriteDevModeThrough(): the driver refused the printer's device mode, err=%d\n",
+              static_cast<int>(GetLastError()));
+        return 1;
     }
     reapply(printerDevMode);
 

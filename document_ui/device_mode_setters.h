@@ -17,7 +17,9 @@ using DevModeEdit = std::function<void(DEVMODEW& devMode)>;
 // merge with DocumentPropertiesW; then on the printer's device mode (the driver's default
 // when the printer has none) `beforePrinter` (for the setter's trace), `edit`, a merge,
 // `reapply` (the fields again, as the merge may have touched them), SetPrinterW level 2
-// with the administrator retry, and the broadcast when either write succeeded.
+// with the administrator retry, and the broadcast when either write succeeded. A device
+// mode the driver refuses to merge stays as it was: the document's gets its fields back,
+// the printer's is not written.
 // `printerMerge`, when given, receives the outcome of the printer's merge.
 // Returns 0 when the printer's device mode could not be had, 1 otherwise (also when its
 // information could not be read: then only the document's device mode was changed).

@@ -60,9 +60,12 @@ std::wstring WindowText(HWND window) {
 }
 
 HWND FindShown(const std::wstring& caption, HWND skip) {
-    for (HWND window = FindWindowExW(nullptr, nullptr, L"#32770", caption.c_str()); window != nullptr;
-         window = FindWindowExW(nullptr, window, L"#32770", caption.c_str())) {
-        if (window != skip && IsWindowVisible(window)) {
+    const bool prefix = !caption.empty() && caption.back() == L'*';
+    const std::wstring start = prefix ? caption.substr(0, caption.size() - 1) : caption;
+    const wchar_t* exact = prefix ? nullptr : caption.c_str();
+    for (HWND window = FindWindowExW(nullptr, nullptr, L"#32770", exact); window != nullptr;
+         window = FindWindowExW(nullptr, window, L"#32770", exact)) {
+        if (window != skip && IsWindowVisible(window) && (!prefix || WindowText(window).compare(0, start.size(), start) == 0)) {
             return window;
         }
     }

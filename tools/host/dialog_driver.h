@@ -47,9 +47,10 @@ bool Visible(HWND dialog, int id);       // the control and every window it sits
 std::vector<std::wstring> Entries(HWND dialog, int id);
 int Selection(HWND dialog, int id);
 
-// The first visible top-level dialog (class "#32770") with this caption, other than
-// `skip`, waited for up to `milliseconds` (checked every 20 ms; the calling thread's
-// messages are dispatched meanwhile). Null when none appeared in time.
+// The first visible top-level dialog (class "#32770") with this caption (a caption ending
+// in '*' stands for every caption that starts with the rest), other than `skip`, waited
+// for up to `milliseconds` (checked every 20 ms; the calling thread's messages are
+// dispatched meanwhile). Null when none appeared in time.
 HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip = nullptr);
 
 // The text of a message box (its static texts, joined by line breaks), and the person's
