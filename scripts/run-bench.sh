@@ -32,8 +32,8 @@ cmake --build "$win" --target ozdkrnui install_driver session_keeper ozdk_sheet_
 echo "== preparing the Wine prefix"
 # The bench's own prefix, so that a test run in the same build folder keeps its own.
 mkdir -p "$BUILD_DIR/bench"
-wine_session_start "$BUILD_DIR/bench"
 trap wine_session_stop EXIT
+wine_session_start "$BUILD_DIR/bench" || exit 1
 wine_session_keep "$win/tools/wine_prefix/session_keeper.exe"
 prepare_test_prefix "$win" || exit 1
 echo "wine: $("$WINE64" --version), $(nproc) cores"

@@ -97,7 +97,7 @@ fi
 
 echo "== preparing the Wine prefix"
 # The demo's own prefix, so that a test run in the same build folder is not disturbed.
-wine_session_start "$DEMO_DIR"
+wine_session_start "$DEMO_DIR" || exit 1
 wine_session_keep "$BUILD_DIR/win/tools/wine_prefix/session_keeper.exe"
 if ! prepare_test_prefix "$BUILD_DIR/win"; then
     echo "the Wine prefix could not be prepared"

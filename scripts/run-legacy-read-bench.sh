@@ -13,8 +13,8 @@ cmake -S "$OZDK_ROOT" -B "$win" -G Ninja \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null || exit 1
 cmake --build "$win" --target ozdkrnui install_driver session_keeper legacy_read_bench || exit 1
 
-wine_session_start "$win"
 trap wine_session_stop EXIT
+wine_session_start "$win" || exit 1
 wine_session_keep "$win/tools/wine_prefix/session_keeper.exe"
 prepare_test_prefix "$win" || exit 1
 "$WINE64" "$win/tools/embosser_simulator/legacy_read_bench.exe" "$@"

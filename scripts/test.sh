@@ -31,7 +31,7 @@ count_results() {
 
 echo "== native protocol core (sanitizers, fuzzing)"
 native_log="$BUILD_DIR/native-core.log"
-if [ -z "${OZDK_SKIP_NATIVE:-}" ] && [ -f "$OZDK_ROOT/scripts/run-native-core.sh" ]; then
+if [ -z "${OZDK_SKIP_NATIVE:-}" ]; then
     bash "$OZDK_ROOT/scripts/run-native-core.sh" 2>&1 | tee "$native_log"
     native_status=${PIPESTATUS[0]}
     [ "$native_status" -ne 0 ] && echo "native core: failed (unit tests, build or fuzzing)"
@@ -46,8 +46,12 @@ if ! configure_and_build_windows "$BUILD_DIR/win"; then
 fi
 
 echo "== tests under Wine"
-wine_session_start "$BUILD_DIR/win"
 trap wine_session_stop EXIT
+if ! wine_session_start "$BUILD_DIR/win"; then
+    echo "the Wine session could not be started"
+    echo "$passed passed, $((failed + 1)) failed"
+    exit 1
+fi
 wine_session_keep "$BUILD_DIR/win/tools/wine_prefix/session_keeper.exe"
 if ! prepare_test_prefix "$BUILD_DIR/win"; then
     echo "the test prefix could not be prepared"

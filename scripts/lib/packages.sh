@@ -15,5 +15,8 @@ ensure_packages() {
 
 BUILD_PACKAGES=(g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev cmake ninja-build googletest)
 WINE_PACKAGES=(wine64 xvfb xauth)
-NATIVE_PACKAGES=(clang libclang-rt-14-dev g++)
+# Names that Debian 12 and 13 both have. clang and libclang-rt-dev come from the same
+# source and pull in the same LLVM version (14 on Debian 12, 19 on Debian 13), so the
+# sanitizer and fuzzer runtimes always match the compiler run-native-core.sh finds.
+NATIVE_PACKAGES=(clang libclang-rt-dev g++)
 SCREENSHOT_PACKAGES=(x11-apps imagemagick)

@@ -210,8 +210,11 @@ TEST(PaperAdvancedDialog, ManagesTheOwnMediaTypesAndFormsAndSendsTheTestPattern)
             Type(form, IDC_FORM_NAME, name);
             Type(form, IDC_FORM_WIDTH, L"30");
             Type(form, IDC_FORM_HEIGHT, L"25.5");
+            const size_t listed = Entries(dialog, IDC_FORMS_LIST).size();
             PostClick(form, IDOK);
-            if (HWND exists = WaitForWindow(L"Add Form ...", name[0] == L'A' ? 5000 : 300, form)) {
+            // Refused with a message, or added to the list, after which none comes.
+            const auto added = [&] { return Entries(dialog, IDC_FORMS_LIST).size() > listed; };
+            if (HWND exists = WaitForWindowUnless(L"Add Form ...", added, 5000, form)) {
                 refusal = MessageBoxText(exists);
                 Answer(answered = exists, IDOK);
             }

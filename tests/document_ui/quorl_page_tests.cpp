@@ -80,9 +80,9 @@ TEST(QuorlPage, KeepsEmbossOrPrintOnAndSwitchesBothOnForTwoInOneAfterTheWarning)
     EXPECT_TRUE(SheetApplyEnabled(quorl));
 
     EXPECT_TRUE(Click(quorl, IDC_TWO_IN_ONE));
-    DialogScript none(L"2 In 1", [](HWND box) { Answer(box, IDC_WARNING_NO); }, 1500);
+    DialogScript none(L"2 In 1", [](HWND box) { Answer(box, IDC_WARNING_NO); });
     EXPECT_TRUE(Click(quorl, IDC_TWO_IN_ONE));
-    EXPECT_FALSE(none.Finish());
+    EXPECT_FALSE(none.FinishNow());
     EXPECT_EQ(none.dialog(), nullptr) << "not asked again";
     EXPECT_TRUE(Checked(quorl, IDC_TWO_IN_ONE));
 

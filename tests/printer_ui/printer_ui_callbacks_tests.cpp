@@ -6,9 +6,9 @@
 #include "legacy_tree_fixture.h"
 
 #include <map>
-#include <thread>
 
 #include "standins/language_monitor_extension/language_monitor_extension_record.h"
+#include "tools/host/dialog_driver.h"
 
 using devicetest::Default;
 using devicetest::kServiceUpdate;
@@ -19,26 +19,6 @@ namespace {
 
 void ExpectSettingFlags(LegacyTree& tree, DWORD flags) {
     for (size_t i = 1; i < tree.items.size(); ++i) EXPECT_EQ(tree.items[i].Flags, flags) << "item " << i;
-}
-
-struct AnsweredBox {
-    HWND owner = nullptr;
-    std::vector<std::wstring> texts;  // of the box's controls; empty when no box came
-};
-
-// Waits for the message box captioned `caption`, notes its owner and texts, and presses
-// button `answer` (IDYES or IDNO).
-void AnswerMessageBox(std::wstring caption, int answer, AnsweredBox* seen) {
-    HWND box = nullptr;
-    for (int tries = 0; tries < 500 && (box = FindWindowW(L"#32770", caption.c_str())) == nullptr; ++tries) Sleep(20);
-    if (box == nullptr) return;
-    seen->owner = GetWindow(box, GW_OWNER);
-    for (HWND child = GetWindow(box, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
-        wchar_t text[512] = {};
-        GetWindowTextW(child, text, 512);
-        seen->texts.push_back(text);
-    }
-    PostMessageW(box, WM_COMMAND, MAKEWPARAM(answer, BN_CLICKED), reinterpret_cast<LPARAM>(GetDlgItem(box, answer)));
 }
 
 }  // namespace
@@ -110,13 +90,22 @@ TEST(OEMPrinterUICallBack, ReadOnceApplyEditsAndResetToDefaultWhicheverButtonIsP
         tree.printer.ClearJobs();
         TraceLog log;
 
-        AnsweredBox box;
-        std::thread answerer(AnswerMessageBox, tree.printer.name(), c.answer, &box);
+        HWND owner = nullptr;
+        std::vector<std::wstring> texts;  // of the box's controls
+        ozdkhost::DialogScript box(tree.printer.name(), [&](HWND shown) {
+            owner = GetWindow(shown, GW_OWNER);
+            for (HWND child = GetWindow(shown, GW_CHILD); child != nullptr; child = GetWindow(child, GW_HWNDNEXT)) {
+                wchar_t text[512] = {};
+                GetWindowTextW(child, text, 512);
+                texts.push_back(text);
+            }
+            ozdkhost::Answer(shown, c.answer);
+        });
         EXPECT_EQ(tree.Press(32, page), CPSUICB_ACTION_OPTIF_CHANGED);
-        answerer.join();
+        EXPECT_TRUE(box.FinishNow()) << "the box was shown and answered";
 
-        EXPECT_EQ(box.owner, page);
-        EXPECT_EQ(box.texts, (std::vector<std::wstring>{L"", L"&Yes", L"&No", L"Click on Yes to reset all Legacy "
+        EXPECT_EQ(owner, page);
+        EXPECT_EQ(texts, (std::vector<std::wstring>{L"", L"&Yes", L"&No", L"Click on Yes to reset all Legacy "
                                                                                L"Settings to their default values."}));
         EXPECT_TRUE(log.Contains("OEMResetToDefaultPushButtonCallback(): " + std::to_string(c.answer) +
                                  "=MessageBox()"));

@@ -110,7 +110,7 @@ enum class Leave { Wait, ClickCancel, PressEsc, PressAltF4 };
 // What another thread sees of the page's thread while the embosser holds the read, and
 // what it does then: from the connection on, for `watchMs` it asks the sheet and the
 // notice for answers as a screen reader would (each must come within 100 ms), then
-// leaves the read as `leave` says.
+// leaves the read as `leave` says; to wait is to ask until the read is over.
 struct ReadWatch {
     ReadWatch(DWORD pageThread, const embosser_sim::Simulator& embosser, DWORD watchMs, Leave leave)
         : thread([=, &embosser, before = embosser.ConnectionCount()] { Watch(pageThread, embosser, before, watchMs, leave); }) {}
@@ -133,15 +133,22 @@ struct ReadWatch {
         AttachThreadInput(GetCurrentThreadId(), pageThread, TRUE);
         waitCursor = GetCursor() == LoadCursorW(nullptr, IDC_WAIT);
         AttachThreadInput(GetCurrentThreadId(), pageThread, FALSE);
-        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(watchMs);
-        for (bool first = true; first || std::chrono::steady_clock::now() < until; first = false, Sleep(50)) {
+        const auto start = std::chrono::steady_clock::now();
+        for (;; Sleep(50)) {
             DWORD_PTR answer = 0;
             wchar_t text[64] = {};
-            answers += SendMessageTimeoutW(GetWindow(notice, GW_OWNER), WM_NULL, 0, 0, SMTO_NORMAL, 100, &answer) != 0;
-            answers += SendMessageTimeoutW(GetDlgItem(notice, IDC_READING_TEXT), WM_GETTEXT, 64,
-                                           reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 100, &answer) != 0 &&
-                       std::wstring(text) == kNotice;
+            const HWND sheet = GetWindow(notice, GW_OWNER);
+            const bool sheetAnswered = SendMessageTimeoutW(sheet, WM_NULL, 0, 0, SMTO_NORMAL, 100, &answer) != 0;
+            const bool noticeRead = SendMessageTimeoutW(GetDlgItem(notice, IDC_READING_TEXT), WM_GETTEXT, 64,
+                                                        reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 100, &answer) != 0 &&
+                                    std::wstring(text) == kNotice;
+            if (!IsWindow(notice)) break;  // the read ended during the round, which does not count
+            answers += sheetAnswered + noticeRead;
             asked += 2;
+            const auto spent = std::chrono::steady_clock::now() - start;
+            if ((leave != Leave::Wait && spent >= std::chrono::milliseconds(watchMs)) || spent >= std::chrono::seconds(30)) {
+                break;
+            }
         }
         left = std::chrono::steady_clock::now();
         if (leave == Leave::ClickCancel) PostMessageW(cancel, BM_CLICK, 0, 0);

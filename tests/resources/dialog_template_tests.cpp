@@ -75,6 +75,9 @@ TEST(DialogTemplates, CheckerReportsEachBrokenRule) {
         "AUTORADIOBUTTON \"&English\", 14, 60, 64, 40, 10",
         "CONTROL \"\", 15, \"Static\", SS_BITMAP | WS_GROUP, 130, 7, 20, 20",
         "DEFPUSHBUTTON \"&OK\", IDOK, 77, 86, 50, 14, WS_GROUP",
+        "GROUPBOX \"Paper\", -1, 170, 7, 100, 40, WS_GROUP",
+        "LTEXT \"&Size:\", -1, 178, 18, 80, 8",
+        "COMBOBOX 16, 178, 28, 80, 60, CBS_DROPDOWNLIST | WS_TABSTOP",
     };
     const struct {
         size_t line;
@@ -92,6 +95,8 @@ TEST(DialogTemplates, CheckerReportsEachBrokenRule) {
         {6, 6, "AUTORADIOBUTTON \"&Metric\", 13, 15, 64, 40, 10, WS_TABSTOP", "(13) starts a radio group without"},
         {9, 9, "DEFPUSHBUTTON \"&OK\", IDOK, 77, 86, 50, 14, WS_GROUP | NOT WS_TABSTOP", "(1) is not a tab stop"},
         {7, 7, "AUTORADIOBUTTON \"&Miles\", 14, 60, 64, 40, 10", "100 &M: &Metric | &Miles"},
+        {12, 11, nullptr, "ComboBox (16) does not follow the label that names it"},
+        {11, 10, nullptr, "\"&Size:\" (-1) names ComboBox (16) on screen but does not come right before it"},
     };
     const auto findings = [](Lines lines) {
         std::string text = "100 DIALOGEX 0, 0, 160, 110\nBEGIN\n";

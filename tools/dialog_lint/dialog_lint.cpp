@@ -358,13 +358,43 @@ std::string Describe(const Control& c) {
     return (c.text.empty() ? c.className : "\"" + c.text + "\"") + " (" + std::to_string(c.id) + ")";
 }
 
+// The control a visible label stands for on screen: the visible edit, list or slider
+// right of it on its row, else the one right below it. Null when it stands for none.
+const Control* PlacedFor(const std::vector<Control>& cs, const Control& label) {
+    if (label.kind != Kind::Label || label.text.empty() || !Has(label, WS_VISIBLE)) return nullptr;
+    const Control* beside = nullptr;
+    const Control* below = nullptr;
+    for (const Control& c : cs) {
+        if (!IsInput(c.kind) || !Has(c, WS_VISIBLE)) continue;
+        const int right = c.x - (label.x + label.cx);
+        const int down = c.y - (label.y + label.cy);
+        if (std::abs(c.y - label.y) <= 4 && right >= -1 && right <= 12 && (beside == nullptr || c.x < beside->x)) {
+            beside = &c;
+        } else if (down >= -1 && down <= 4 && c.x < label.x + label.cx && label.x < c.x + c.cx &&
+                   (below == nullptr || c.y < below->y)) {
+            below = &c;
+        }
+    }
+    return beside != nullptr ? beside : below;
+}
+
+// The label that stands for the control on screen, null when none does.
+const Control* LabelFor(const std::vector<Control>& cs, const Control& control) {
+    for (const Control& c : cs) {
+        if (PlacedFor(cs, c) == &control) return &c;
+    }
+    return nullptr;
+}
+
 // What a control's name comes from for a screen reader: the label or group box right
-// before it. A list switched on by a check box on its row may follow that check box; a
-// slider set from a number box follows the box (or the box's up-down control).
+// before it; a group box only for a control that has no label of its own on screen. A
+// list switched on by a check box on its row may follow that check box; a slider set
+// from a number box follows the box (or the box's up-down control).
 bool Named(const std::vector<Control>& cs, size_t i) {
     if (i == 0) return false;
     const Control& prev = cs[i - 1];
-    if (prev.kind == Kind::Label || prev.kind == Kind::GroupBox) return !prev.text.empty();
+    if (prev.kind == Kind::Label) return !prev.text.empty();
+    if (prev.kind == Kind::GroupBox) return !prev.text.empty() && LabelFor(cs, cs[i]) == nullptr;
     if (cs[i].kind == Kind::List && prev.kind == Kind::CheckBox) {
         return std::abs(prev.y - cs[i].y) <= 4 && prev.x + prev.cx <= cs[i].x;
     }
@@ -409,6 +439,10 @@ std::vector<std::string> CheckDialog(const Dialog& dialog) {
         const bool groupStart = Has(c, WS_GROUP);
         if (IsInput(c.kind) && visible && !Named(cs, i)) {
             report(c, "does not follow the label that names it");
+        }
+        const Control* placed = PlacedFor(cs, c);
+        if (placed != nullptr && (i + 1 == cs.size() || &cs[i + 1] != placed)) {
+            report(c, "names " + Describe(*placed) + " on screen but does not come right before it");
         }
         if (c.kind == Kind::UpDown && (i == 0 || cs[i - 1].kind != Kind::Edit)) {
             report(c, "does not follow its number box");

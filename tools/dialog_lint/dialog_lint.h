@@ -38,7 +38,10 @@ Script ReadScript(const std::string& path);
 // The rule violations of one dialog, one line each, starting with the dialog's name:
 // - a visible edit, list, combo or slider comes right after the label or group box that
 //   names it (a list may follow the check box on its row that switches it on; a slider
-//   may follow the number box it is set from, or that box's up-down control);
+//   may follow the number box it is set from, or that box's up-down control); a group
+//   box names it only when no label stands for it on screen;
+// - a label comes right before the edit, list or slider it stands for on screen: the one
+//   right of it on its row, else the one right below it;
 // - an up-down control comes right after its number box;
 // - controls that take input are tab stops (a radio button after the first of its group
 //   may be left out), labels, pictures and group boxes are not;

@@ -72,11 +72,15 @@ HWND FindShown(const std::wstring& caption, HWND skip) {
     return nullptr;
 }
 
-HWND WaitFor(const std::wstring& caption, DWORD milliseconds, HWND skip, const std::atomic<bool>* stop) {
+// Looks for the dialog until it shows, `milliseconds` have passed or `settled` answers
+// true; `settled` is asked before each look, so that a dialog shown before it answered
+// is still found.
+HWND WaitFor(const std::wstring& caption, DWORD milliseconds, HWND skip, const std::function<bool()>& settled) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     for (;;) {
+        const bool over = settled && settled();
         const HWND window = FindShown(caption, skip);
-        if (window != nullptr || GetTickCount64() >= end || (stop != nullptr && *stop)) {
+        if (window != nullptr || over || GetTickCount64() >= end) {
             return window;
         }
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
@@ -232,6 +236,11 @@ HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip) {
     return WaitFor(caption, milliseconds, skip, nullptr);
 }
 
+HWND WaitForWindowUnless(const std::wstring& caption, const std::function<bool()>& settled, DWORD milliseconds,
+                         HWND skip) {
+    return WaitFor(caption, milliseconds, skip, settled);
+}
+
 std::wstring MessageBoxText(HWND box) {
     std::wstring text;
     if (box != nullptr) {
@@ -256,6 +265,11 @@ DialogScript::~DialogScript() {
     }
 }
 
+bool DialogScript::FinishNow() {
+    stop_ = true;
+    return Finish();
+}
+
 bool DialogScript::Finish() {
     if (thread_.joinable()) {
         thread_.join();
@@ -264,7 +278,7 @@ bool DialogScript::Finish() {
 }
 
 void DialogScript::Run(std::wstring caption, std::function<void(HWND)> actions, DWORD milliseconds) {
-    const HWND dialog = WaitFor(caption, milliseconds, nullptr, &stop_);
+    const HWND dialog = WaitFor(caption, milliseconds, nullptr, [this] { return stop_.load(); });
     if (dialog == nullptr) {
         return;
     }

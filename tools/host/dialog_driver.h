@@ -52,6 +52,11 @@ int Selection(HWND dialog, int id);
 // for up to `milliseconds` (checked every 20 ms; the calling thread's messages are
 // dispatched meanwhile). Null when none appeared in time.
 HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip = nullptr);
+// The same for a dialog that may or may not open: null as soon as `settled` answers
+// true, which tells that what would have opened it is over without it (asked after
+// each look for the dialog, from the calling thread).
+HWND WaitForWindowUnless(const std::wstring& caption, const std::function<bool()>& settled, DWORD milliseconds,
+                         HWND skip = nullptr);
 
 // The text of a message box (its static texts, joined by line breaks), and the person's
 // answer to it: a posted click on the button IDOK, IDCANCEL, IDYES, IDNO, ...
@@ -83,6 +88,10 @@ public:
     // Waits for the script to end. True when the dialog appeared, the actions ran and the
     // dialog then ended by itself.
     bool Finish();
+    // For a dialog that must not open: once the call that would have opened it has
+    // returned (a sent click returns only after the dialog it opened has closed), one
+    // not found by then does not come. Stops waiting, then as Finish.
+    bool FinishNow();
     // The dialog the script found, null before or when none appeared.
     HWND dialog() const { return dialog_; }
 
