@@ -69,6 +69,16 @@ HWND FindShown(const std::wstring& caption, HWND skip) {
     return nullptr;
 }
 
+// Waits up to 20 ms for a message of the calling thread and dispatches what came.
+void PumpAWhile() {
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
 HWND WaitFor(const std::wstring& caption, DWORD milliseconds, HWND skip, const std::atomic<bool>* stop) {
     const ULONGLONG end = GetTickCount64() + milliseconds;
     for (;;) {
@@ -76,12 +86,7 @@ HWND WaitFor(const std::wstring& caption, DWORD milliseconds, HWND skip, const s
         if (window != nullptr || GetTickCount64() >= end || (stop != nullptr && *stop)) {
             return window;
         }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
+        PumpAWhile();
     }
 }
 
@@ -227,6 +232,22 @@ int Selection(HWND dialog, int id) {
 
 HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip) {
     return WaitFor(caption, milliseconds, skip, nullptr);
+}
+
+bool WaitForFocus(HWND dialog, int id, DWORD milliseconds) {
+    const HWND control = Control(dialog, id);
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    for (;;) {
+        GUITHREADINFO info = {sizeof(info)};
+        if (control != nullptr && GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &info) &&
+            info.hwndFocus == control) {
+            return true;
+        }
+        if (GetTickCount64() >= end) {
+            return false;
+        }
+        PumpAWhile();
+    }
 }
 
 std::wstring MessageBoxText(HWND box) {
