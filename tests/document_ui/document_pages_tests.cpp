@@ -120,13 +120,12 @@ TEST(DocumentPages, WithoutTheRightToManageThePrinterWarnAndDisableWhatChangesTh
     p.spooler.refuseFullAccess = true;
     p.Store(L"Config\\MediaTypes", L"Thick Paper", 0x0A03);
     p.Store(L"Config\\Forms", L"Letter", 1);
-    p.Store(L"Config", L"InterPoint", 1);
     std::wstring warning;
     DialogScript answer(p.printer.name(), [&](HWND box) {
         warning = MessageBoxText(box);
         Answer(box, IDOK);
     });
-    ASSERT_TRUE(p.Open());
+    ASSERT_TRUE(p.Open([](DEVMODEW& dm) { dm.dmFields |= DM_DUPLEX; dm.dmDuplex = DMDUP_VERTICAL; }));  // interpoint
     EXPECT_TRUE(answer.Finish());
     EXPECT_EQ(warning.substr(0, 48), L"Access to some Printer settings may be denied be");
     HWND layout = p.sheet->CurrentPage();
