@@ -35,7 +35,9 @@ struct InstalledProgram {
 
 // What Wine's file-open dialog cannot answer: a path longer than MAX_PATH.
 const std::wstring kTooLongPath = L"C:\\" + std::wstring(300, L'x') + L".dat";
-BOOL ChooseTooLongPath(OPENFILENAMEW* open) { return wcsncpy(open->lpstrFile, kTooLongPath.c_str(), 4000), TRUE; }
+BOOL ChooseTooLongPath(OPENFILENAMEW* open) {
+    return wcscpy_s(open->lpstrFile, open->nMaxFile, kTooLongPath.c_str()) == 0;
+}
 
 bool SheetApplyEnabled(HWND page) { return Enabled(GetParent(page), ID_APPLY_NOW); }
 
@@ -164,7 +166,6 @@ TEST(QuorlPage, AppliesItsValuesInOrderAndWritesTheColourThroughOnlyWhenItChange
     EXPECT_FALSE(Enabled(quorl, IDC_MERGE_INK)) << "single sided";
     EXPECT_TRUE(Click(p.sheet->ShowPluginPage(0), IDC_DOUBLE_SIDED));
     EXPECT_TRUE(Enabled(p.sheet->ShowPluginPage(2), IDC_MERGE_INK));
-
     DialogScript reset(L"Reset To Default", [](HWND box) { Answer(box, IDYES); });
     EXPECT_TRUE(Click(quorl, IDC_DEFAULTS) && reset.Finish());
     ASSERT_TRUE(p.sheet->Apply());
