@@ -181,8 +181,15 @@ DWORD RemoveConfigMediaType(const wchar_t* name, HANDLE printer) {
 }
 
 DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteCount) {
+    return EnumConfigMediaTypes(config, buffer, MAXDWORD, byteCount);
+}
+
+DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD capacityBytes, DWORD* byteCount) {
     if (byteCount != nullptr) {
         *byteCount = 0;
+    }
+    if (buffer != nullptr && capacityBytes < sizeof(wchar_t)) {
+        return 0;  // not even the closing terminator fits
     }
     wchar_t path[1024] = {};
     FormatWide(path, 1024, L"%s\\%s\\%s", L"SYSTEM\\CurrentControlSet\\Control\\Print\\Printers",
@@ -196,15 +203,22 @@ DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteC
     HeapBuffer name(kNameCapacity * sizeof(wchar_t));
     DWORD count = 0;
     wchar_t* out = buffer;
+    // Characters left for names, the closing terminator kept apart.
+    size_t room = buffer != nullptr ? capacityBytes / sizeof(wchar_t) - 1 : 0;
     for (DWORD index = 0; name; ++index) {
         DWORD length = kNameCapacity;
         if (RegEnumValueW(key.get(), index, name.as<wchar_t>(), &length, nullptr, nullptr, nullptr, nullptr) !=
             ERROR_SUCCESS) {
             break;
         }
+        if (out != nullptr && length + 1 > room) {
+            Trace(L"EnumConfigMediaTypes(): %s left out, the buffer is full\n", name.as<wchar_t>());
+            continue;
+        }
         if (out != nullptr) {
             CopyMemory(out, name.as<wchar_t>(), (length + 1) * sizeof(wchar_t));
             out += length + 1;
+            room -= length + 1;
         }
         count += (length + 1) * sizeof(wchar_t);
         Trace(L"EnumConfigMediaTypes(): %s\n", name.as<wchar_t>());

@@ -48,6 +48,11 @@ bool GetConfigMediaType(HANDLE printer, const wchar_t* name, DWORD* number);
 // Sizing call with a null buffer, then a filling call: the names as a double-terminated
 // multi-string. Returns the byte count; 0 when the key does not exist.
 DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD* byteCount);
+// The same, filling at most `capacityBytes`: a name that no longer fits (a type added
+// since the sizing call) is left out, and the list still ends with its two terminators.
+// The byte count is then what was filled; nothing is filled when not even the closing
+// terminator fits.
+DWORD EnumConfigMediaTypes(const UIConfig* config, wchar_t* buffer, DWORD capacityBytes, DWORD* byteCount);
 
 // This printer's own forms under "Config\\Forms": one binary value per form, named by
 // the form and holding its level-1 form record.

@@ -58,12 +58,11 @@ void FillMediaCombo(HWND hDlg) {
     if (EnumConfigMediaTypes(Config(hDlg), nullptr, &bytes) < 1 || bytes == 0) {
         return;
     }
-    HeapBuffer names(bytes + 2 * sizeof(wchar_t));  // room for the closing terminator
-    if (!names) {
+    HeapBuffer names(bytes);
+    // A type added since the sizing call is left out, not written past the buffer.
+    if (!names || EnumConfigMediaTypes(Config(hDlg), names.as<wchar_t>(), bytes, nullptr) < 1) {
         return;
     }
-    DWORD filled = 0;
-    EnumConfigMediaTypes(Config(hDlg), names.as<wchar_t>(), &filled);
     const wchar_t* end = names.as<wchar_t>() + bytes / sizeof(wchar_t);
     for (const wchar_t* name = names.as<wchar_t>(); name < end && *name != L'\0'; name += wcslen(name) + 1) {
         const LRESULT entry = Send(hDlg, IDC_MEDIA_TYPE_LIST, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name));
@@ -401,6 +400,19 @@ void SetUpDotValue(HWND hDlg, int spinId, int editId, int low, int high, DWORD v
 // The number typed, taken modulo 256.
 DWORD DotValue(HWND hDlg, int editId) { return GetDlgItemInt(hDlg, editId, nullptr, FALSE) % 256; }
 
+// A new type needs a name of its own: an empty one would be the key's default value, an
+// existing one would lose its dot values. 0 when the name will do, else the message why not.
+UINT RefusedNameMessage(const CustomMediaTypeParam& media, const wchar_t* name) {
+    DWORD stored = 0;
+    if (media.openedBy != IDC_ADD_MEDIA_TYPE) {
+        return 0;  // "Edit ..." keeps the name it was opened with
+    }
+    if (name[0] == L'\0') {
+        return IDS_MEDIA_TYPE_NAME_MISSING;
+    }
+    return GetConfigMediaType(media.config->hPrinter, name, &stored) ? IDS_MEDIA_TYPE_NAME_EXISTS : 0;
+}
+
 }  // namespace
 
 INT_PTR CALLBACK CustomMediaTypeDlgProc(HWND hDlg, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -434,9 +446,17 @@ INT_PTR CALLBACK CustomMediaTypeDlgProc(HWND hDlg, UINT message, WPARAM wParam, 
         if (lowest > 24 || static_cast<int>(highest) - static_cast<int>(lowest) < 2) {
             return TRUE;
         }
+        wchar_t name[kTextCapacity] = {};
+        GetDlgItemTextW(hDlg, IDC_MEDIA_NAME, name, kTextCapacity);
+        if (const UINT refusal = RefusedNameMessage(*media, name)) {
+            // The focus the message box gives back when it closes: the name.
+            SendMessageW(hDlg, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(hDlg, IDC_MEDIA_NAME)), TRUE);
+            ShowLocalMessage(hDlg, media->config, refusal, IDS_ADD_TITLE, MB_OK | MB_ICONINFORMATION);
+            return TRUE;  // stays open on the name
+        }
         media->highest = highest;
         media->lowest = lowest;
-        GetDlgItemTextW(hDlg, IDC_MEDIA_NAME, media->name, kTextCapacity);
+        CopyWide(media->name, kTextCapacity, name);
         EndDialog(hDlg, IDOK);
         return TRUE;
     }

@@ -3,6 +3,7 @@
 #include <commctrl.h>
 #include <commdlg.h>
 
+#include <atomic>
 #include <cwchar>
 #include <string>
 
@@ -44,7 +45,12 @@ constexpr Slider kBrightness = {IDC_BRIGHTNESS, IDC_BRIGHTNESS_NUMBER, -100, 100
 constexpr Slider kThinLines = {IDC_THIN_LINE_INTENSITY, 0, 0, 6, 1};
 constexpr const Slider* kSliders[] = {&kContrast, &kBrightness, &kThinLines};
 
-UIConfig* DialogConfig(HWND hDlg) { return reinterpret_cast<UIConfig*>(GetWindowLongPtrW(hDlg, DWLP_USER)); }
+BOOL SystemFileDialog(OPENFILENAMEW* open) { return GetOpenFileNameW(open); }
+std::atomic<PatternFileDialog> gPatternFileDialog{SystemFileDialog};
+
+QuorlAdvancedParam* DialogParam(HWND hDlg) {
+    return reinterpret_cast<QuorlAdvancedParam*>(GetWindowLongPtrW(hDlg, DWLP_USER));
+}
 
 LRESULT Send(HWND hDlg, int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
     return SendDlgItemMessageW(hDlg, id, message, wParam, lParam);
@@ -95,12 +101,14 @@ bool FollowNumberBox(HWND hDlg, const Slider& slider) {
 }
 
 void FillPatternList(HWND hDlg, const UIConfig* config) {
+    const int shown = config->ColorPattern == 2 ? kAutomaticEntry : 1;
     Send(hDlg, IDC_PATTERN_LIST, CB_RESETCONTENT);
     Send(hDlg, IDC_PATTERN_LIST, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(GetLocalString(config, IDS_BROWSE)));
     Send(hDlg, IDC_PATTERN_LIST, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(config->PatternFileChoice));
     Send(hDlg, IDC_PATTERN_LIST, CB_ADDSTRING, 0,
          reinterpret_cast<LPARAM>(GetLocalString(config, IDS_AUTOMATIC_PATTERN)));
-    Send(hDlg, IDC_PATTERN_LIST, CB_SETCURSEL, config->ColorPattern == 2 ? kAutomaticEntry : 1);
+    Send(hDlg, IDC_PATTERN_LIST, CB_SETCURSEL, shown);
+    DialogParam(hDlg)->patternEntry = shown;
     EnableControl(hDlg, IDC_PATTERN_LIST, config->ColorPattern >= 1);
 }
 
@@ -136,7 +144,8 @@ std::wstring PatternFilter(const UIConfig* config) {
     return filter;  // the string's own terminator ends the list
 }
 
-// "Browse ...": a chosen file becomes the pattern; the list shows it either way.
+// "Browse ...": a chosen file becomes the pattern and the list shows it. Cancelled, or a
+// path longer than the stored name can hold, the list shows what it showed before.
 void BrowseForPattern(HWND hDlg, UIConfig* config) {
     const std::wstring filter = PatternFilter(config);
     wchar_t folder[MAX_PATH] = {};
@@ -151,11 +160,19 @@ void BrowseForPattern(HWND hDlg, UIConfig* config) {
     open.nMaxFile = kFileBufferCapacity;
     open.lpstrInitialDir = folder[0] != L'\0' ? folder : nullptr;
     open.Flags = kPatternFileOptions;
-    if (GetOpenFileNameW(&open)) {
-        CopyWide(config->PatternFileChoice, kTextCapacity, file.c_str());
-        config->ColorPattern = 1;
+    const bool chosen = gPatternFileDialog.load()(&open) != FALSE;
+    const bool fits = chosen && wcslen(file.c_str()) < kTextCapacity;
+    if (chosen && !fits) {
+        ShowLocalMessage(hDlg, config, IDS_PATTERN_PATH_TOO_LONG, IDS_PATTERN_FILES, MB_OK | MB_ICONINFORMATION);
     }
+    if (!fits) {
+        Send(hDlg, IDC_PATTERN_LIST, CB_SETCURSEL, DialogParam(hDlg)->patternEntry);
+        return;
+    }
+    CopyWide(config->PatternFileChoice, kTextCapacity, file.c_str());
+    config->ColorPattern = 1;
     FillPatternList(hDlg, config);
+    EnableApply(hDlg, true);
 }
 
 void ResetAdvancedDefaults(HWND hDlg, UIConfig* config) {
@@ -245,9 +262,12 @@ INT_PTR OnAdvancedCommand(HWND hDlg, UIConfig* config, int id, int code) {
         return TRUE;
     case IDC_PATTERN_LIST:
         if (code == CBN_SELCHANGE) {
-            EnableApply(hDlg, true);
-            if (Send(hDlg, IDC_PATTERN_LIST, CB_GETCURSEL) == kBrowseEntry) {
-                BrowseForPattern(hDlg, config);
+            const int entry = static_cast<int>(Send(hDlg, IDC_PATTERN_LIST, CB_GETCURSEL));
+            if (entry == kBrowseEntry) {
+                BrowseForPattern(hDlg, config);  // a cancel is no change
+            } else {
+                DialogParam(hDlg)->patternEntry = entry;
+                EnableApply(hDlg, true);
             }
         }
         return TRUE;
@@ -292,14 +312,15 @@ INT_PTR CALLBACK DocumentQuorlAdvancedDlgProc(HWND hDlg, UINT message, WPARAM wP
             EndDialog(hDlg, 2);
             return TRUE;
         }
-        SetWindowLongPtrW(hDlg, DWLP_USER, reinterpret_cast<LONG_PTR>(param->config));
+        SetWindowLongPtrW(hDlg, DWLP_USER, lParam);
         InitAdvancedDialog(hDlg, param->config);
         return TRUE;
     }
-    UIConfig* config = DialogConfig(hDlg);
-    if (config == nullptr) {
+    const QuorlAdvancedParam* param = DialogParam(hDlg);
+    if (param == nullptr) {
         return FALSE;
     }
+    UIConfig* config = param->config;
     switch (message) {
     case WM_COMMAND:
         return OnAdvancedCommand(hDlg, config, LOWORD(wParam), HIWORD(wParam));
@@ -325,6 +346,10 @@ INT_PTR CALLBACK DocumentQuorlAdvancedDlgProc(HWND hDlg, UINT message, WPARAM wP
     default:
         return FALSE;
     }
+}
+
+void SetPatternFileDialogForTesting(PatternFileDialog dialog) {
+    gPatternFileDialog = dialog != nullptr ? dialog : SystemFileDialog;
 }
 
 bool IsQuorlSuiteInstalled() {

@@ -82,6 +82,10 @@ void FillLists(HWND hDlg, const UIConfig* config) {
     }
 }
 
+void ShowColorChoice(HWND hDlg, bool color) {
+    CheckRadio(hDlg, IDC_GRAYSCALE, IDC_COLOR, color ? IDC_COLOR : IDC_GRAYSCALE);
+}
+
 void SetQuorlControls(HWND hDlg, const PageState& page) {
     const UIConfig* config = page.config;
     Check(hDlg, IDC_FRONT_INK_ONLY, config->TwoPassPrint > 0);
@@ -99,7 +103,7 @@ void SetQuorlControls(HWND hDlg, const PageState& page) {
     Check(hDlg, IDC_EMBOSS, config->EmbossMode == 1);
     Check(hDlg, IDC_PRINT, config->InkMode == 1);
     Check(hDlg, IDC_TWO_IN_ONE, config->TwoInOne != 0);
-    CheckRadio(hDlg, IDC_GRAYSCALE, IDC_COLOR, config->RenderMode == 1 ? IDC_GRAYSCALE : IDC_COLOR);
+    ShowColorChoice(hDlg, config->RenderMode != 1);
 
     SelectListEntry(hDlg, IDC_GRAPHICS_QUALITY_LIST, ThreeStepIndex(config->DotQuality));
     SelectListEntry(hDlg, IDC_BRAILLE_QUALITY_LIST, ThreeStepIndex(config->BrailleQuality));
@@ -202,11 +206,13 @@ bool ResetToDefaults(HWND hDlg, PageState& page) {
     config->BrailleQuality = 2;
     config->RenderingDensity = 6;
     config->BrailleStandard = 0;
-    config->RenderMode = 2;
     config->EmbossStandardTexts = 0;
     config->TwoInOne = 0;
     page.canManage = CanManagePrinter(config->PrinterName);
     SetQuorlControls(hDlg, page);
+    // Colour is shown, and "RenderMode" left as the device modes have it: the apply
+    // writes the colour through only when it differs from the record's.
+    ShowColorChoice(hDlg, true);
     return true;
 }
 
@@ -229,7 +235,7 @@ bool OnQuorlClick(HWND hDlg, PageState& page, int id) {
     case IDC_TWO_IN_ONE:
         return OnTwoInOneClick(hDlg, page);
     case IDC_ADVANCED: {
-        QuorlAdvancedParam param = {page.config};
+        QuorlAdvancedParam param = {page.config, 0};
         ShowModalDialog(IDD_QUORL_ADVANCED, hDlg, DocumentQuorlAdvancedDlgProc, reinterpret_cast<LPARAM>(&param));
         return false;  // the dialog writes its own values
     }

@@ -119,3 +119,6 @@
 #define IDS_RESET_LEGACY_SETTINGS        300
 #define IDS_READING_EMBOSSER             301
 #define IDS_CANCEL_READING               302
+#define IDS_MEDIA_TYPE_NAME_MISSING      310
+#define IDS_MEDIA_TYPE_NAME_EXISTS       311
+#define IDS_PATTERN_PATH_TOO_LONG        312

@@ -154,10 +154,10 @@ TEST(PrinterDataWriters, AWriteThatCannotBeMadeReportsItsFailure) {
     EXPECT_EQ(log.Lines(), (std::vector<std::string>{"SetPrinterDataInteger2(): 5=SetPrinterData(), EmbsrQuality=2"}));
 }
 
-TEST(MediaTypes, AreWrittenEnumeratedAsADoubleTerminatedListAndRemovedThroughAReopen) {
+TEST(MediaTypes, AreWrittenEnumeratedWithinTheBufferAsADoubleTerminatedListAndRemovedThroughAReopen) {
     TestPrinter printer;
-    wchar_t list[8];
-    wmemset(list, L'#', 8);
+    wchar_t list[16];  // room for what an unbounded fill would write
+    wmemset(list, L'#', 16);
     DWORD bytes = 99;
     UIConfig record = {};
     wcsncpy(record.PrinterName, printer.name().c_str(), kTextCapacity - 1);
@@ -174,6 +174,10 @@ TEST(MediaTypes, AreWrittenEnumeratedAsADoubleTerminatedListAndRemovedThroughARe
     EXPECT_EQ(bytes, 12u);
     EXPECT_EQ(EnumConfigMediaTypes(&record, list, nullptr), 12u);
     EXPECT_EQ(std::wstring(list, 7), std::wstring(L"A\0BC\0\0#", 7));
+    ASSERT_EQ(SetConfigMediaType(printer.handle(), L"D", 0x0802), 0u);  // added after the sizing call
+    wmemset(list, L'#', 16);
+    EXPECT_EQ(EnumConfigMediaTypes(&record, list, bytes, nullptr), 12u);
+    EXPECT_EQ(std::wstring(list, 7), std::wstring(L"A\0BC\0\0#", 7)) << "filled within the size asked for";
 
     testenv::TestSpooler spooler;
     SpoolerSwap swap(&spooler);

@@ -4,6 +4,7 @@
 // the tests read what reached the device modes, the printer data and the printer.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <memory>
 #include <tuple>
 
@@ -111,22 +112,44 @@ TEST(LayoutPage, TwoSheetsOpenAtOnceApplyEachItsOwnChanges) {
 }
 
 // A user who may not manage the printer is warned, captioned with the printer's name,
-// and finds the controls disabled.
-TEST(LayoutPage, WithoutTheRightToManageThePrinterWarnsAndDisablesTheControls) {
+// and finds disabled what changes the printer: Layout's controls, Paper/Media's lists,
+// the Advanced dialog's buttons even on the printer's own media type and form, and the
+// Quorl page's groups and buttons; the Quorl check boxes stay usable.
+TEST(DocumentPages, WithoutTheRightToManageThePrinterWarnAndDisableWhatChangesThePrinter) {
     Preferences p;
     p.spooler.refuseFullAccess = true;
+    p.Store(L"Config\\MediaTypes", L"Thick Paper", 0x0A03);
+    p.Store(L"Config\\Forms", L"Letter", 1);
     std::wstring warning;
     DialogScript answer(p.printer.name(), [&](HWND box) {
         warning = MessageBoxText(box);
         Answer(box, IDOK);
     });
-    ASSERT_TRUE(p.Open());
+    ASSERT_TRUE(p.Open([](DEVMODEW& dm) { dm.dmFields |= DM_DUPLEX; dm.dmDuplex = DMDUP_VERTICAL; }));  // interpoint
     EXPECT_TRUE(answer.Finish());
     EXPECT_EQ(warning.substr(0, 48), L"Access to some Printer settings may be denied be");
     HWND layout = p.sheet->CurrentPage();
     for (int id : {IDC_SINGLE_SIDED, IDC_DOUBLE_SIDED, IDC_FACE_UP, IDC_COLLATE, IDC_PREVIEW, IDC_ADVANCED}) {
         EXPECT_FALSE(Enabled(layout, id)) << id;
     }
+    HWND paper = p.sheet->ShowPluginPage(1);
+    std::vector<int> enabled;  // Paper/Media, its Advanced dialog, then Quorl
+    const auto note = [&](HWND page, std::initializer_list<int> ids) {
+        for (int id : ids) if (Enabled(page, id)) enabled.push_back(id);
+    };
+    note(paper, {IDC_PAPER_SIZE_LIST, IDC_MEDIA_TYPE_LIST, IDC_PAPER_SOURCE_LIST});
+    DialogScript script(L"Advanced - " + p.printer.name(), [&](HWND dialog) {
+        ChooseEntry(dialog, IDC_MEDIA_TYPE_LIST, L"Thick Paper");
+        ChooseEntry(dialog, IDC_FORMS_LIST, L"Letter");
+        note(dialog,
+             {IDC_REMOVE_MEDIA_TYPE, IDC_ADD_MEDIA_TYPE, IDC_EDIT_MEDIA_TYPE, IDC_ADD_CUSTOM_FORM, IDC_DELETE_FORM});
+        Click(dialog, IDCANCEL);
+    });
+    EXPECT_TRUE(Click(paper, IDC_ADVANCED) && script.Finish());
+    HWND quorl = p.sheet->ShowPluginPage(2);
+    note(quorl, {IDC_BRAILLE_QUALITY_LIST, IDC_COLOR, IDC_EMBOSS_STANDARD_TEXT, IDC_MERGE_INK, IDC_ADVANCED,
+                 IDC_DEFAULTS, IDC_EMBOSS, IDC_PRINT, IDC_TWO_IN_ONE});
+    EXPECT_EQ(enabled, (std::vector<int>{IDC_EMBOSS, IDC_PRINT, IDC_TWO_IN_ONE}));
 }
 
 // An unknown stored media type shows "Printer Setting" and becomes 256 on the first
@@ -176,7 +199,8 @@ TEST(PaperPage, MediaTypeFormAndSourceReachTheDeviceModesAndAFormWithinATenthOfA
     EXPECT_TRUE(p.TakeWrites().empty());
 }
 
-// The Advanced dialog: the built-in media cannot be removed, the printer's own type can;
+// The Advanced dialog: a new media type without a name or with one already kept is
+// refused; the built-in media cannot be removed, the printer's own type can;
 // a form named like a server form is refused with the message, one of this printer's own
 // is added and deleted, a server form cannot be deleted; the test pattern is one raw job
 // of exactly the command.
@@ -185,9 +209,21 @@ TEST(PaperAdvancedDialog, ManagesTheOwnMediaTypesAndFormsAndSendsTheTestPattern)
     p.Store(L"Config\\MediaTypes", L"Thick Paper", 0x0A03);
     ASSERT_TRUE(p.Open());
     HWND paper = p.sheet->ShowPluginPage(1);
-    bool builtInRemovable = true, serverFormDeletable = true, ownFormDeletable = false;
-    std::wstring question, refusal;
+    bool builtInRemovable = true, serverFormDeletable = true, ownFormDeletable = false, nameFocused = true;
+    std::wstring question, refusal, nameRefusals;
     DialogScript script(L"Advanced - " + p.printer.name(), [&](HWND dialog) {
+        PostClick(dialog, IDC_ADD_MEDIA_TYPE);
+        HWND add = WaitForWindow(L"Add ...", 5000);
+        Click(add, IDC_TEST_PATTERN);
+        for (const wchar_t* name : {L"", L"THICK PAPER"}) {
+            Type(add, IDC_MEDIA_NAME, name);
+            PostClick(add, IDOK);
+            HWND box = WaitForWindow(L"Add ...", 5000, add);
+            nameRefusals += MessageBoxText(box) + L"|";
+            nameFocused = Answer(box, IDOK) && WaitForFocus(add, IDC_MEDIA_NAME, 5000) && nameFocused;
+        }
+        Click(add, IDCANCEL);
+
         ChooseEntry(dialog, IDC_MEDIA_TYPE_LIST, 15);
         builtInRemovable = Enabled(dialog, IDC_REMOVE_MEDIA_TYPE);
         ChooseEntry(dialog, IDC_MEDIA_TYPE_LIST, L"Thick Paper");
@@ -195,11 +231,6 @@ TEST(PaperAdvancedDialog, ManagesTheOwnMediaTypesAndFormsAndSendsTheTestPattern)
         HWND box = WaitForWindow(L"Remove Media Type", 5000);
         question = MessageBoxText(box);
         Answer(box, IDYES);
-
-        PostClick(dialog, IDC_ADD_MEDIA_TYPE);
-        HWND add = WaitForWindow(L"Add ...", 5000);
-        Click(add, IDC_TEST_PATTERN);
-        Click(add, IDCANCEL);
 
         ChooseEntry(dialog, IDC_FORMS_LIST, L"Letter");
         serverFormDeletable = Enabled(dialog, IDC_DELETE_FORM);
@@ -228,6 +259,9 @@ TEST(PaperAdvancedDialog, ManagesTheOwnMediaTypesAndFormsAndSendsTheTestPattern)
     ASSERT_TRUE(Click(paper, IDC_ADVANCED));
     EXPECT_TRUE(script.Finish());
 
+    EXPECT_EQ(nameRefusals, L"Please type a name for the media type.|A media type with this name already exists. "
+                            L"Please use a different name.|");
+    EXPECT_TRUE(nameFocused) << "the dialog stays open on the name";
     EXPECT_FALSE(builtInRemovable) << "entry 15 is built in";
     EXPECT_EQ(question, L"Do you want to remove this media type?");
     ASSERT_EQ(p.spooler.deletions.size(), 2u);

@@ -33,6 +33,12 @@ struct InstalledProgram {
     RegistryValue displayVersion{HKEY_LOCAL_MACHINE, kUninstallKey, L"DisplayVersion"};
 };
 
+// What Wine's file-open dialog cannot answer: a path longer than MAX_PATH.
+const std::wstring kTooLongPath = L"C:\\" + std::wstring(300, L'x') + L".dat";
+BOOL ChooseTooLongPath(OPENFILENAMEW* open) {
+    return wcscpy_s(open->lpstrFile, open->nMaxFile, kTooLongPath.c_str()) == 0;
+}
+
 bool SheetApplyEnabled(HWND page) { return Enabled(GetParent(page), ID_APPLY_NOW); }
 
 std::wstring Chosen(HWND dialog, int list) {
@@ -101,7 +107,7 @@ TEST(QuorlPage, KeepsEmbossOrPrintOnAndSwitchesBothOnForTwoInOneAfterTheWarning)
 // page's twelve values in their order with "Quality" as stored, never from the list; the
 // colour already set touches no device mode, grayscale reaches both; nothing changed
 // writes nothing even after "More Options ..."; "Merge B&ack and Front Ink" follows the
-// Layout page's interpoint choice.
+// Layout page's interpoint choice; the colour "&Defaults ..." shows reaches both.
 TEST(QuorlPage, AppliesItsValuesInOrderAndWritesTheColourThroughOnlyWhenItChanges) {
     Preferences p;
     p.Store(L"Config", L"BrailleStandard", 7);
@@ -160,12 +166,19 @@ TEST(QuorlPage, AppliesItsValuesInOrderAndWritesTheColourThroughOnlyWhenItChange
     EXPECT_FALSE(Enabled(quorl, IDC_MERGE_INK)) << "single sided";
     EXPECT_TRUE(Click(p.sheet->ShowPluginPage(0), IDC_DOUBLE_SIDED));
     EXPECT_TRUE(Enabled(p.sheet->ShowPluginPage(2), IDC_MERGE_INK));
+    DialogScript reset(L"Reset To Default", [](HWND box) { Answer(box, IDYES); });
+    EXPECT_TRUE(Click(quorl, IDC_DEFAULTS) && reset.Finish());
+    ASSERT_TRUE(p.sheet->Apply());
+    for (const DEVMODEW& dm : {*p.hostPrinter.publicDevMode(), p.PrinterDevMode()}) {
+        EXPECT_EQ(dm.dmColor, DMCOLOR_COLOR);
+    }
 }
 
 // Without a suite of version 8 the pattern controls are hidden and "ColorPattern" becomes
-// 0; a typed number beyond the range moves the slider to its end. With one, a file chosen
-// in the file-open dialog (its filter and start folder as set) is stored with its path and
-// the user's "CurrentPattern" holds its name.
+// 0; a typed number beyond the range moves the slider to its end. With one, a cancelled
+// file-open dialog and a path too long to keep leave the list as it was; a file chosen
+// (the dialog's filter and start folder as set) is stored with its path and the user's
+// "CurrentPattern" holds its name.
 TEST(QuorlAdvancedDialog, OffersPatternsOnlyWithTheSuiteAndKeepsTheChosenFile) {
     for (const auto& [name, version, accepted] :
          {std::tuple<const wchar_t*, const wchar_t*, bool>{L"Quorl Software Suite", L"7.9", false},
@@ -205,23 +218,31 @@ TEST(QuorlAdvancedDialog, OffersPatternsOnlyWithTheSuiteAndKeepsTheChosenFile) {
     const std::wstring file = folder + L"\\Ozdk Stripes.dat";
     SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
     std::ofstream(file.c_str()) << "pattern";
-    std::vector<std::wstring> filters;
+    std::vector<std::wstring> filters, shown;
     wchar_t startFolder[MAX_PATH] = {};
-    std::wstring chosen;
     DialogScript withSuite(caption, [&](HWND dialog) {
         Click(dialog, IDC_APPLY_PATTERNS);
-        SendDlgItemMessageW(dialog, IDC_PATTERN_LIST, CB_SETCURSEL, 0, 0);  // "Browse ...", posted: it opens a dialog
-        PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_PATTERN_LIST, CBN_SELCHANGE),
-                     reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDC_PATTERN_LIST)));
-        HWND open = WaitForWindow(L"Open", 5000);
-        filters = Entries(open, cmb1);
-        SendMessageW(open, CDM_GETFOLDERPATH, MAX_PATH, reinterpret_cast<LPARAM>(startFolder));
-        HWND name = GetDlgItem(open, cmb13);  // a ComboBoxEx32 with an edit field
-        SendMessageW(reinterpret_cast<HWND>(SendMessageW(name, CBEM_GETEDITCONTROL, 0, 0)), WM_SETTEXT, 0,
-                     reinterpret_cast<LPARAM>(file.c_str()));
-        PostClick(open, IDOK);
-        for (int wait = 0; wait < 250 && Chosen(dialog, IDC_PATTERN_LIST) != file; ++wait) Sleep(20);
-        chosen = Chosen(dialog, IDC_PATTERN_LIST);
+        ChooseEntry(dialog, IDC_PATTERN_LIST, 2);
+        for (const std::wstring& typed : {std::wstring(), kTooLongPath, file}) {  // cancelled, refused, chosen
+            SetPatternFileDialogForTesting(typed == kTooLongPath ? ChooseTooLongPath : nullptr);
+            // "Browse ...", posted: it opens a dialog
+            SendDlgItemMessageW(dialog, IDC_PATTERN_LIST, CB_SETCURSEL, 0, 0);
+            PostMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_PATTERN_LIST, CBN_SELCHANGE),
+                         reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDC_PATTERN_LIST)));
+            if (HWND box = typed == kTooLongPath ? WaitForWindow(L"Pattern Files", 5000) : nullptr) {
+                shown.push_back(MessageBoxText(box));
+                Answer(box, IDOK);
+            } else if (HWND open = WaitForWindow(L"Open", 5000)) {
+                filters = Entries(open, cmb1);
+                SendMessageW(open, CDM_GETFOLDERPATH, MAX_PATH, reinterpret_cast<LPARAM>(startFolder));
+                HWND name = GetDlgItem(open, cmb13);  // a ComboBoxEx32 with an edit field
+                SendMessageW(reinterpret_cast<HWND>(SendMessageW(name, CBEM_GETEDITCONTROL, 0, 0)), WM_SETTEXT, 0,
+                             reinterpret_cast<LPARAM>(typed.c_str()));
+                PostClick(open, typed.empty() ? IDCANCEL : IDOK);
+            }
+            for (int wait = 0; wait < 250 && Selection(dialog, IDC_PATTERN_LIST) == 0; ++wait) Sleep(20);
+            shown.push_back(Enabled(dialog, IDC_PATTERN_LIST) ? Chosen(dialog, IDC_PATTERN_LIST) : L"(disabled)");
+        }
         Click(dialog, IDOK);
     });
     EXPECT_TRUE(Click(quorl, IDC_ADVANCED));
@@ -229,7 +250,10 @@ TEST(QuorlAdvancedDialog, OffersPatternsOnlyWithTheSuiteAndKeepsTheChosenFile) {
     DeleteFileW(file.c_str());
     EXPECT_EQ(filters, (std::vector<std::wstring>{L"Pattern Files (*.dat)", L"All Files (*.*)"}));
     EXPECT_EQ(std::wstring(startFolder), folder);
-    EXPECT_EQ(chosen, file);
+    EXPECT_EQ(shown, (std::vector<std::wstring>{
+                         L"Automatic Pattern",
+                         L"The path of this pattern file is too long. Please choose a file with a shorter path.",
+                         L"Automatic Pattern", file}));
     EXPECT_EQ(p.Stored(L"ColorPattern"), 1u);
     EXPECT_EQ(testenv::ReadPrinterData(p.printer.handle(), L"Config", L"CustomPatternFileName").AsString(), file);
     wchar_t stored[MAX_PATH] = {};

@@ -72,6 +72,16 @@ HWND FindShown(const std::wstring& caption, HWND skip) {
     return nullptr;
 }
 
+// Waits up to 20 ms for a message of the calling thread and dispatches what came.
+void PumpAWhile() {
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
 // Looks for the dialog until it shows, `milliseconds` have passed or `settled` answers
 // true; `settled` is asked before each look, so that a dialog shown before it answered
 // is still found.
@@ -83,12 +93,7 @@ HWND WaitFor(const std::wstring& caption, DWORD milliseconds, HWND skip, const s
         if (window != nullptr || over || GetTickCount64() >= end) {
             return window;
         }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
+        PumpAWhile();
     }
 }
 
@@ -239,6 +244,22 @@ HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip) {
 HWND WaitForWindowUnless(const std::wstring& caption, const std::function<bool()>& settled, DWORD milliseconds,
                          HWND skip) {
     return WaitFor(caption, milliseconds, skip, settled);
+}
+
+bool WaitForFocus(HWND dialog, int id, DWORD milliseconds) {
+    const HWND control = Control(dialog, id);
+    const ULONGLONG end = GetTickCount64() + milliseconds;
+    for (;;) {
+        GUITHREADINFO info = {sizeof(info)};
+        if (control != nullptr && GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &info) &&
+            info.hwndFocus == control) {
+            return true;
+        }
+        if (GetTickCount64() >= end) {
+            return false;
+        }
+        PumpAWhile();
+    }
 }
 
 std::wstring MessageBoxText(HWND box) {

@@ -58,6 +58,10 @@ HWND WaitForWindow(const std::wstring& caption, DWORD milliseconds, HWND skip = 
 HWND WaitForWindowUnless(const std::wstring& caption, const std::function<bool()>& settled, DWORD milliseconds,
                          HWND skip = nullptr);
 
+// Whether the keyboard focus of the dialog's thread reaches control `id` within
+// `milliseconds`, checked and waited for as WaitForWindow does.
+bool WaitForFocus(HWND dialog, int id, DWORD milliseconds);
+
 // The text of a message box (its static texts, joined by line breaks), and the person's
 // answer to it: a posted click on the button IDOK, IDCANCEL, IDYES, IDNO, ...
 std::wstring MessageBoxText(HWND box);
