@@ -6,14 +6,15 @@
 //   DllExportPrinterService(owner, printerName, request)
 //       Runs one service for the printer. `owner` (may be null) owns the library's
 //       dialogs. `request` begins with the 32-bit service code; the fields that follow
-//       depend on the code (see the request records below). Returns 0 when the service
-//       ran, else a Windows error code.
+//       depend on the code (see the request records below), and the library may read a
+//       whole PrinterServiceRecord whatever the code. Returns 0 when the service ran,
+//       else a Windows error code.
 //   DllExportGetPrinterError(owner, printerName, record, fieldCount)
 //       Puts the printer's current error code into record[0]; the caller presets all
 //       `fieldCount` 32-bit fields to -1. Returns 0 when it answered.
-//   DllExportGetPrinterErrorText(owner, errorCode, text)
-//       Writes the text of `errorCode`, terminated, into `text`, which holds
-//       kPrinterErrorTextCapacity wide characters. Returns 0 when it knew the code.
+//   DllExportGetPrinterErrorText(owner, errorCode, text, capacity)
+//       Writes the text of `errorCode`, terminated, into `text`, which holds `capacity`
+//       wide characters; a longer text is cut. Returns 0 when it knew the code.
 #pragma once
 
 #include <windows.h>
@@ -52,7 +53,17 @@ struct SerialSettingsServiceRequest {
 };
 static_assert(sizeof(SerialSettingsServiceRequest) == 24, "the code and 20 bytes");
 
+// The record every request is handed over in: as large as the largest request, and zero
+// beyond the fields its code defines (`= {}` zeroes all of it, then one request is set).
+union PrinterServiceRecord {
+    uint8_t bytes[sizeof(SerialSettingsServiceRequest)];
+    PrintTestPageServiceRequest printTestPage;
+    BrailleTableServiceRequest brailleTable;
+    SerialSettingsServiceRequest serialSettings;
+};
+static_assert(sizeof(PrinterServiceRecord) == sizeof(SerialSettingsServiceRequest), "the largest request");
+
 typedef DWORD(WINAPI* PrinterServiceFunction)(HWND owner, const wchar_t* printerName, void* request);
 typedef DWORD(WINAPI* GetPrinterErrorFunction)(HWND owner, const wchar_t* printerName, int32_t* record,
                                                DWORD fieldCount);
-typedef DWORD(WINAPI* GetPrinterErrorTextFunction)(HWND owner, int32_t errorCode, wchar_t* text);
+typedef DWORD(WINAPI* GetPrinterErrorTextFunction)(HWND owner, int32_t errorCode, wchar_t* text, DWORD capacity);

@@ -119,3 +119,4 @@
 #define IDS_RESET_LEGACY_SETTINGS        300
 #define IDS_READING_EMBOSSER             301
 #define IDS_CANCEL_READING               302
+#define IDS_TOOLBOX_NOT_STARTED          320
