@@ -6,8 +6,9 @@
 //   DllExportPrinterService(owner, printerName, request)
 //       Runs one service for the printer. `owner` (may be null) owns the library's
 //       dialogs. `request` begins with the 32-bit service code; the fields that follow
-//       depend on the code (see the request records below). Returns 0 when the service
-//       ran, else a Windows error code.
+//       depend on the code (see the request records below), and the library may read a
+//       whole PrinterServiceRecord whatever the code. Returns 0 when the service ran,
+//       else a Windows error code.
 //   DllExportGetPrinterError(owner, printerName, record, fieldCount)
 //       Puts the printer's current error code into record[0]; the caller presets all
 //       `fieldCount` 32-bit fields to -1. Returns 0 when it answered.
@@ -51,6 +52,16 @@ struct SerialSettingsServiceRequest {
     uint8_t settings[20];
 };
 static_assert(sizeof(SerialSettingsServiceRequest) == 24, "the code and 20 bytes");
+
+// The record every request is handed over in: as large as the largest request, and zero
+// beyond the fields its code defines (`= {}` zeroes all of it, then one request is set).
+union PrinterServiceRecord {
+    uint8_t bytes[sizeof(SerialSettingsServiceRequest)];
+    PrintTestPageServiceRequest printTestPage;
+    BrailleTableServiceRequest brailleTable;
+    SerialSettingsServiceRequest serialSettings;
+};
+static_assert(sizeof(PrinterServiceRecord) == sizeof(SerialSettingsServiceRequest), "the largest request");
 
 typedef DWORD(WINAPI* PrinterServiceFunction)(HWND owner, const wchar_t* printerName, void* request);
 typedef DWORD(WINAPI* GetPrinterErrorFunction)(HWND owner, const wchar_t* printerName, int32_t* record,

@@ -277,10 +277,11 @@ LONG APIENTRY OEMBrailleTableUIPushButtonCallback(PCPSUICBPARAM pCallbackParam) 
         if (service == nullptr) {
             return 0;
         }
-        BrailleTableServiceRequest request = {kServiceBrailleTable, BrailleTableStringToInt(config->EmbsrBrailleTable)};
+        PrinterServiceRecord request = {};
+        request.brailleTable = {kServiceBrailleTable, BrailleTableStringToInt(config->EmbsrBrailleTable)};
         const DWORD result = service(nullptr, config->PrinterName, &request);
         Trace(L"OEMBrailleTableUIPushButtonCallback(): %u=DllExportPrinterService(%u, %u)\n",
-              static_cast<unsigned>(result), request.service, request.tableIndex);
+              static_cast<unsigned>(result), request.brailleTable.service, request.brailleTable.tableIndex);
     } catch (...) {
         Trace(L"OEMBrailleTableUIPushButtonCallback(): failed\n");
     }

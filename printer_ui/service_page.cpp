@@ -70,12 +70,15 @@ void AppendPrinterError(wchar_t* text, UIConfig& config) {
     AppendStatus(text, L"%s (Code %d)", errorText, record[0]);
 }
 
-void RequestPrinterService(HWND hDlg, UIConfig& config, void* request, uint32_t service) {
+// The request carries only its code; the rest of the record stays zero.
+void RequestPrinterService(HWND hDlg, UIConfig& config, uint32_t service) {
     auto run = reinterpret_cast<PrinterServiceFunction>(ExtDllLoadFunction(config, kPrinterServiceExport));
     if (run == nullptr) {
         return;
     }
-    const DWORD result = run(hDlg, config.PrinterName, request);
+    PrinterServiceRecord request = {};
+    request.printTestPage.service = service;
+    const DWORD result = run(hDlg, config.PrinterName, &request);
     Trace(L"DeviceServicePropPageProc(): %u=DllExportPrinterService(%u)\n", static_cast<unsigned>(result), service);
 }
 
@@ -133,19 +136,14 @@ void OnServiceClick(HWND hDlg, int id) {
     case IDC_ENABLE_STATUS_MONITORING:
         OnStatusMonitoringClicked(hDlg, *config);
         break;
-    case IDC_PRINT_TEST_PAGE: {
-        PrintTestPageServiceRequest request = {kServicePrintTestPage};
-        RequestPrinterService(hDlg, *config, &request, request.service);
+    case IDC_PRINT_TEST_PAGE:
+        RequestPrinterService(hDlg, *config, kServicePrintTestPage);
         break;
-    }
-    case IDC_SERIAL_SETTINGS: {
-        SerialSettingsServiceRequest request = {};
-        request.service = kServiceSerialSettings;
-        RequestPrinterService(hDlg, *config, &request, request.service);
+    case IDC_SERIAL_SETTINGS:
+        RequestPrinterService(hDlg, *config, kServiceSerialSettings);
         break;
-    }
     case IDC_OPEN_PRINTER_EXTENSION:
-        LaunchInkToolbox(hDlg, config->PrinterName);
+        LaunchInkToolbox(hDlg, *config);
         break;
     default:
         break;  // "Emboss Usage ..." has nothing to do

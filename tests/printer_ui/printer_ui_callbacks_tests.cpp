@@ -205,7 +205,7 @@ TEST(BrailleTablesButton, AsksTheExtensionForTheBrailleTableServiceWithTheDevice
         const bool service = library == L"ozdkrnlmex.dll";
         wchar_t calls[512] = {};
         GetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls, 512);
-        EXPECT_EQ(std::wstring(calls), service ? L"0 " + tree.printer.name() + L" 14 19\n" : L"");
+        EXPECT_EQ(std::wstring(calls), service ? L"0 " + tree.printer.name() + L" 14 19 0\n" : L"");
         EXPECT_EQ(log.Contains("ExtDllLoadFunction(): function DllExportPrinterService not exported"), !service);
     }
 }

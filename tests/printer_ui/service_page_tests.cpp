@@ -15,6 +15,7 @@
 
 #include "config/config_fixtures.h"
 #include "frame/oem_ui_plugin.h"
+#include "printer_ui/ink_toolbox.h"
 #include "printer_ui/service_page.h"
 #include "resources/device_dialog_ids.h"
 #include "standins/language_monitor_extension/language_monitor_extension_record.h"
@@ -163,6 +164,25 @@ struct ReadWatch {
     std::thread thread;
 };
 
+// The launch's system calls as the toolbox test sees them: what is handed to CreateProcessW
+// ("<program>|<command line>"), the started process to wait for, the failures asked for.
+HRESULT gFolderFailure = S_OK;
+DWORD gStartFailure = 0;
+std::wstring gHanded;
+HANDLE gStarted = nullptr;
+HRESULT WINAPI WatchedGetFolderPath(HWND owner, int folder, HANDLE token, DWORD flags, LPWSTR path) {
+    return FAILED(gFolderFailure) ? gFolderFailure : SHGetFolderPathW(owner, folder, token, flags, path);
+}
+BOOL WINAPI WatchedCreateProcess(LPCWSTR program, LPWSTR line, LPSECURITY_ATTRIBUTES pa, LPSECURITY_ATTRIBUTES ta,
+                                 BOOL inherit, DWORD flags, LPVOID env, LPCWSTR folder, LPSTARTUPINFOW si,
+                                 LPPROCESS_INFORMATION pi) {
+    gHanded = std::wstring(program ? program : L"") + L"|" + line + (inherit || flags != DETACHED_PROCESS ? L"|?" : L"");
+    if (gStartFailure != 0) return SetLastError(gStartFailure), FALSE;
+    const BOOL started = CreateProcessW(program, line, pa, ta, inherit, flags, env, folder, si, pi);
+    if (started) DuplicateHandle(GetCurrentProcess(), pi->hProcess, GetCurrentProcess(), &gStarted, SYNCHRONIZE, FALSE, 0);
+    return started;
+}
+
 }  // namespace
 
 // A silent embosser: while it is waited for, the sheet takes no input but answers every
@@ -254,7 +274,8 @@ TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTh
     auto embosser = devicetest::StartSimulator(devicetest::Simulating("127.77.12.1", embosser_sim::Behaviour::Answer));
     ServiceSheet p("127.77.12.1");
     ASSERT_TRUE(p.extension.placed());
-    SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"3 Out of paper");
+    const std::wstring paper(1100, L'p');  // longer than the text buffer: cut to it
+    SetEnvironmentVariableW(OZDK_PRINTER_ERROR, (L"3 " + paper).c_str());
     TraceLog log;
     const HWND page = p.Open();
     ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
@@ -267,7 +288,7 @@ TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTh
 
     ASSERT_TRUE(Click(page, IDC_ENABLE_STATUS_MONITORING, false));
     EXPECT_EQ(p.Monitoring().AsDword(), 1u);
-    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), L"Out of paper (Code 3)\r\n\r\n" + kIdentity);
+    EXPECT_EQ(Text(page, IDC_PRINTER_STATUS), paper.substr(0, 1023) + L" (Code 3)\r\n\r\n" + kIdentity);
     SetEnvironmentVariableW(OZDK_PRINTER_ERROR, L"12 Cover open");
     EXPECT_TRUE(p.PumpUntil([&] { return Text(page, IDC_PRINTER_STATUS).find(L"Cover open (Code 12)") == 0; }, 5000))
         << "the timer rebuilds the status";
@@ -286,7 +307,7 @@ TEST(ServicePage, ShowsTheEmbosserMonitorsItsErrorOnTheTimerAndHandsServicesToTh
     wchar_t calls[512] = {};
     GetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls, 512);
     const std::wstring owner = std::to_wstring(reinterpret_cast<uintptr_t>(page)) + L" " + p.printer.name();
-    EXPECT_EQ(std::wstring(calls), owner + L" 8 0\n" + owner + L" 15 0\n");
+    EXPECT_EQ(std::wstring(calls), owner + L" 8 0 0\n" + owner + L" 15 0 0\n");
 
     ASSERT_TRUE(p.sheet->ShowHostPage(p.tree));
     EXPECT_FALSE(KillTimer(page, kServiceStatusTimer)) << "stopped when the page was left";
@@ -316,15 +337,19 @@ TEST(ServicePage, UnreachableEmbosserLeavesOnlyTheDriverVersionAndStopsTheTimer)
     EXPECT_FALSE(log.Contains("ExtDllLoadFunction(): function DllExportGetPrinterError found"));
 }
 
-// "Open Printer Extension ..." finds the toolbox under the maker's installation folder,
-// or without one under the program-files folder, and starts it detached in its own
-// folder with the printer's name; a missing toolbox is named in a message, and nothing
-// starts.
-TEST(ServicePage, OpenPrinterExtensionStartsTheInkToolboxInItsFolderOrNamesTheMissingProgram) {
+// "Open Printer Extension ..." finds the toolbox under the maker's installation folder, or
+// else the program-files folder (never the drive's root), and starts it detached in its
+// folder with its quoted path and the printer's name; a missing toolbox is named in a
+// message, and a failed start or folder is told with the system's text.
+TEST(ServicePage, OpenPrinterExtensionStartsTheInkToolboxInItsFolderOrTellsWhyNot) {
     auto embosser = devicetest::StartSimulator(devicetest::Simulating("127.77.12.2", embosser_sim::Behaviour::Answer));
     ServiceSheet p("127.77.12.2");
     const HWND page = p.Open();
     ASSERT_NE(page, nullptr) << testenv::Narrow(p.log.Text());
+    const InkToolboxSystem watched = {&WatchedGetFolderPath, &WatchedCreateProcess};
+    SetInkToolboxSystemForTesting(&watched);
+    std::unique_ptr<const void, void (*)(const void*)> restore(&watched,
+                                                               [](const void*) { SetInkToolboxSystemForTesting(nullptr); });
     configtest::RegistryValue ksDir(HKEY_LOCAL_MACHINE, configtest::kMakerKey, L"KSDir");
     const std::wstring record = testenv::WorkDirectory() + L"\\toolbox-started.txt";
     SetEnvironmentVariableW(L"OZDK_TOOLBOX_RECORD", record.c_str());
@@ -333,21 +358,29 @@ TEST(ServicePage, OpenPrinterExtensionStartsTheInkToolboxInItsFolderOrNamesTheMi
     const std::wstring installed = testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"Maker");
     const std::wstring empty = testenv::WorkDirectory() + L"\\" + testenv::UniqueName(L"No Maker");
     CreateDirectoryW(empty.c_str(), nullptr);
+    const std::wstring notStarted = L"Service: The ink toolbox could not be started.\r\n";
 
     struct Case {
         const char* what;
         std::wstring ksDir;  // empty: no value
         std::wstring quorl;  // the folder the program is looked for under
         bool present;
+        DWORD startFailure;  // what CreateProcessW fails with (no quorl: the program-files folder fails)
+        std::wstring said;   // "<caption>: <text>" of the message, when one is shown; "*": the program
     } const cases[] = {
-        {"installation folder", installed, installed + L"\\Quorl", true},
-        {"program files", L"", std::wstring(programFiles) + L"\\Kestrova\\Quorl", true},
-        {"missing", empty, empty + L"\\Quorl", false},
+        {"installation folder", installed, installed + L"\\Quorl", true, 0, L""},
+        {"program files", L"", std::wstring(programFiles) + L"\\Kestrova\\Quorl", true, 0, L""},
+        {"missing", empty, empty + L"\\Quorl", false, 0, L"KS: * does not exist!"},
+        {"no program files", L"", L"", false, 0, notStarted + L"\r\nPath not found."},
+        {"refused", installed, installed + L"\\Quorl", true, ERROR_ACCESS_DENIED, notStarted + L"*\r\n\r\nAccess denied."},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         c.ksDir.empty() ? ksDir.Remove() : ksDir.SetString(c.ksDir);
         DeleteFileW(record.c_str());
+        gFolderFailure = c.quorl.empty() ? HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND) : S_OK;
+        gStartFailure = c.startFailure;
+        gHanded.clear();
         const std::wstring folder = c.quorl + L"\\Kestrova Tavrolin Color Pigmora";
         const std::wstring program = folder + L"\\TavrolinColorInkToolbox.exe";
         if (c.present) SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
@@ -356,21 +389,26 @@ TEST(ServicePage, OpenPrinterExtensionStartsTheInkToolboxInItsFolderOrNamesTheMi
             program);
         ASSERT_EQ(toolbox.placed(), c.present);
 
-        std::wstring said;
-        DialogScript message(L"KS", [&](HWND box) {
-            said = MessageBoxText(box);
-            Answer(box, IDOK);
-        }, c.present ? 500 : 10000);
+        std::wstring said;  // a message under either caption is answered, so that none can hang the test
+        const auto act = [&](HWND box) {
+            wchar_t caption[16] = {};
+            GetWindowTextW(box, caption, 16);
+            said = caption + (L": " + MessageBoxText(box)), Answer(box, IDOK);
+        };
+        DialogScript ks(L"KS", act, c.said.find(L"KS:") == 0 ? 10000 : 500);
+        DialogScript service(L"Service", act, c.said.find(L"Service:") == 0 ? 10000 : 500);
         ASSERT_TRUE(Click(page, IDC_OPEN_PRINTER_EXTENSION, false));
-        EXPECT_EQ(message.Finish(), !c.present);
-        EXPECT_EQ(said, c.present ? L"" : program + L" does not exist!");
+        EXPECT_EQ(ks.Finish() || service.Finish(), !c.said.empty());
+        const size_t star = c.said.find(L'*');
+        EXPECT_EQ(said, star == std::wstring::npos ? c.said : c.said.substr(0, star) + program + c.said.substr(star + 1));
+        const std::wstring line = L"\"" + program + L"\" --printer \"" + p.printer.name() + L"\"";
+        EXPECT_EQ(gHanded, c.present ? program + L"|" + line : L"");
 
-        const auto started = [&] { return GetFileAttributesW(record.c_str()) != INVALID_FILE_ATTRIBUTES; };
-        EXPECT_EQ(p.PumpUntil(started, c.present ? 15000 : 1000), c.present);
-        if (!c.present) continue;
-        Sleep(200);  // the record is written whole before the program ends
+        if (!c.present || c.startFailure != 0) continue;
+        ASSERT_TRUE(p.PumpUntil([&] { return WaitForSingleObject(gStarted, 0) == WAIT_OBJECT_0; }, 15000)) << "ended";
+        CloseHandle(gStarted);
         std::ifstream file(record.c_str(), std::ios::binary);
         const std::string seen((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        EXPECT_EQ(seen, testenv::Narrow(L"\"" + program + L"\" --printer \"" + p.printer.name() + L"\"\n" + folder + L"\n"));
+        EXPECT_EQ(seen, testenv::Narrow(line + L"\n" + folder + L"\n"));
     }
 }

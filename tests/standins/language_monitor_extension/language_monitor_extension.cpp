@@ -14,27 +14,14 @@
 
 namespace {
 
-// Only the fields the service code defines are read.
-unsigned RequestDetail(const void* request) {
-    const uint32_t service = *static_cast<const uint32_t*>(request);
-    if (service == kServiceBrailleTable) {
-        return static_cast<const BrailleTableServiceRequest*>(request)->tableIndex;
-    }
-    unsigned nonzero = 0;
-    if (service == kServiceSerialSettings) {
-        for (uint8_t byte : static_cast<const SerialSettingsServiceRequest*>(request)->settings) nonzero += byte != 0;
-    }
-    return nonzero;
-}
-
 // The error the test set: its code, and its text after the first space.
 bool ReadSetError(int32_t* code, wchar_t* text, size_t capacity) {
-    wchar_t error[512] = {};
-    if (GetEnvironmentVariableW(OZDK_PRINTER_ERROR, error, 512) == 0) return false;
+    wchar_t error[2048] = {};
+    if (GetEnvironmentVariableW(OZDK_PRINTER_ERROR, error, 2048) == 0) return false;
     wchar_t* rest = nullptr;
     *code = static_cast<int32_t>(wcstol(error, &rest, 10));
     while (*rest == L' ') ++rest;
-    if (text != nullptr) _snwprintf(text, capacity - 1, L"%ls", rest);
+    if (text != nullptr) _snwprintf(text, capacity - 1, L"%ls", rest), text[capacity - 1] = L'\0';
     return true;
 }
 
@@ -44,9 +31,14 @@ extern "C" DWORD WINAPI DllExportPrinterService(HWND owner, const wchar_t* print
     wchar_t calls[4096] = {};  // the calls before this one, if any
     GetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls, 4000);
     const size_t used = wcslen(calls);
-    _snwprintf(calls + used, 4095 - used, L"%llu %ls %u %u\n",
+    // Read as the library may: a whole record, whatever the code.
+    const auto& record = *static_cast<const PrinterServiceRecord*>(request);
+    const bool table = record.printTestPage.service == kServiceBrailleTable;
+    unsigned beyond = 0;
+    for (size_t i = table ? 8 : 4; i < sizeof(record.bytes); ++i) beyond += record.bytes[i] != 0;
+    _snwprintf(calls + used, 4095 - used, L"%llu %ls %u %u %u\n",
                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(owner)), printerName,
-               *static_cast<const uint32_t*>(request), RequestDetail(request));
+               record.printTestPage.service, table ? record.brailleTable.tableIndex : 0, beyond);
     SetEnvironmentVariableW(OZDK_EXTENSION_CALLS, calls);
     return ERROR_SUCCESS;
 }
@@ -59,10 +51,7 @@ extern "C" DWORD WINAPI DllExportGetPrinterError(HWND, const wchar_t*, int32_t* 
 
 extern "C" DWORD WINAPI DllExportGetPrinterErrorText(HWND, int32_t errorCode, wchar_t* text) {
     int32_t code = 0;
-    wchar_t known[kPrinterErrorTextCapacity] = {};
-    if (!ReadSetError(&code, known, kPrinterErrorTextCapacity) || code != errorCode) return ERROR_NOT_FOUND;
-    wcscpy(text, known);
-    return ERROR_SUCCESS;
+    return ReadSetError(&code, text, kPrinterErrorTextCapacity) && code == errorCode ? ERROR_SUCCESS : ERROR_NOT_FOUND;
 }
 
 // The exports have exactly the plug-in's calling conventions.
