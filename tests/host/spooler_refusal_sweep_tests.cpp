@@ -55,12 +55,36 @@ public:
         const BOOL closed = TestSpooler::ClosePrinter(printer);
         return Failing("ClosePrinter", [&] { return closed; });
     }
-    BOOL GetPrinterW(HANDLE printer, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
-        return Failing("GetPrinterW", [&] { return TestSpooler::GetPrinterW(printer, level, buffer, size, needed); });
-    }
-    BOOL SetPrinterW(HANDLE printer, DWORD level, BYTE* info, DWORD command) override {
-        return Failing("SetPrinterW", [&] { return TestSpooler::SetPrinterW(printer, level, info, command); });
-    }
+    // The other calls forward unless refused: with their failure result and the last
+    // error, or with the error as their status.
+#define OZDK_FAILING(Result, Name, Params, Args, failed) \
+    Result Name Params override { return Failing(#Name, [&] { return TestSpooler::Name Args; }, Result(failed)); }
+#define OZDK_STATUS(Name, Params, Args) \
+    DWORD Name Params override { return Status(#Name, [&] { return TestSpooler::Name Args; }); }
+    OZDK_FAILING(BOOL, GetPrinterW, (HANDLE p, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
+                 (p, level, buffer, size, needed), FALSE)
+    OZDK_FAILING(BOOL, SetPrinterW, (HANDLE p, DWORD level, BYTE* info, DWORD command), (p, level, info, command), FALSE)
+    OZDK_STATUS(SetPrinterDataW, (HANDLE p, const wchar_t* name, DWORD type, const BYTE* data, DWORD size),
+                (p, name, type, data, size))
+    OZDK_STATUS(SetPrinterDataExW, (HANDLE p, const wchar_t* key, const wchar_t* name, DWORD type, const BYTE* data,
+                DWORD size), (p, key, name, type, data, size))
+    OZDK_STATUS(DeletePrinterDataExW, (HANDLE p, const wchar_t* key, const wchar_t* name), (p, key, name))
+    OZDK_FAILING(BOOL, GetFormW, (HANDLE p, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
+                 (p, form, level, buffer, size, needed), FALSE)
+    OZDK_FAILING(BOOL, AddFormW, (HANDLE p, DWORD level, BYTE* form), (p, level, form), FALSE)
+    OZDK_FAILING(BOOL, DeleteFormW, (HANDLE p, const wchar_t* form), (p, form), FALSE)
+    OZDK_FAILING(int, DeviceCapabilitiesW, (const wchar_t* device, const wchar_t* port, WORD what, wchar_t* output,
+                 const DEVMODEW* dm), (device, port, what, output, dm), -1)
+    OZDK_FAILING(DWORD, StartDocPrinterW, (HANDLE p, DWORD level, BYTE* docInfo), (p, level, docInfo), 0)
+    OZDK_FAILING(BOOL, WritePrinter, (HANDLE p, const void* data, DWORD size, DWORD* written), (p, data, size, written),
+                 FALSE)
+    OZDK_FAILING(BOOL, EndDocPrinter, (HANDLE p), (p), FALSE)
+    OZDK_FAILING(BOOL, GetPrinterDriverW, (HANDLE p, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,
+                 DWORD* needed), (p, environment, level, buffer, size, needed), FALSE)
+    OZDK_FAILING(BOOL, GetPrinterDriverDirectoryW, (const wchar_t* server, const wchar_t* environment, DWORD level,
+                 BYTE* buffer, DWORD size, DWORD* needed), (server, environment, level, buffer, size, needed), FALSE)
+#undef OZDK_FAILING
+#undef OZDK_STATUS
     DWORD GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
                           DWORD* needed) override {
         return Reading("GetPrinterDataW", type, data, needed,
@@ -71,59 +95,12 @@ public:
         return Reading("GetPrinterDataExW", type, data, needed,
                        [&] { return TestSpooler::GetPrinterDataExW(printer, key, name, type, data, size, needed); });
     }
-    DWORD SetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD type, const BYTE* data, DWORD size) override {
-        return Status("SetPrinterDataW", [&] { return TestSpooler::SetPrinterDataW(printer, name, type, data, size); });
-    }
-    DWORD SetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD type, const BYTE* data,
-                            DWORD size) override {
-        return Status("SetPrinterDataExW",
-                      [&] { return TestSpooler::SetPrinterDataExW(printer, key, name, type, data, size); });
-    }
-    DWORD DeletePrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name) override {
-        return Status("DeletePrinterDataExW", [&] { return TestSpooler::DeletePrinterDataExW(printer, key, name); });
-    }
-    BOOL GetFormW(HANDLE printer, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size, DWORD* needed) override {
-        return Failing("GetFormW", [&] { return TestSpooler::GetFormW(printer, form, level, buffer, size, needed); });
-    }
-    BOOL AddFormW(HANDLE printer, DWORD level, BYTE* form) override {
-        return Failing("AddFormW", [&] { return TestSpooler::AddFormW(printer, level, form); });
-    }
-    BOOL DeleteFormW(HANDLE printer, const wchar_t* form) override {
-        return Failing("DeleteFormW", [&] { return TestSpooler::DeleteFormW(printer, form); });
-    }
-    int DeviceCapabilitiesW(const wchar_t* device, const wchar_t* port, WORD capability, wchar_t* output,
-                            const DEVMODEW* devmode) override {
-        return Failing("DeviceCapabilitiesW", [&] {
-            return TestSpooler::DeviceCapabilitiesW(device, port, capability, output, devmode);
-        }, -1);
-    }
     LONG DocumentPropertiesW(HWND window, HANDLE printer, const wchar_t* device, DEVMODEW* output, DEVMODEW* input,
                              DWORD mode) override {
         if (refuseMerges && (mode & DM_IN_BUFFER) != 0) return SetLastError(ERROR_ACCESS_DENIED), -1;
         return Failing("DocumentPropertiesW", [&] {
             return TestSpooler::DocumentPropertiesW(window, printer, device, output, input, mode);
         }, -1L);
-    }
-    DWORD StartDocPrinterW(HANDLE printer, DWORD level, BYTE* docInfo) override {
-        return Failing("StartDocPrinterW", [&] { return TestSpooler::StartDocPrinterW(printer, level, docInfo); }, 0ul);
-    }
-    BOOL WritePrinter(HANDLE printer, const void* data, DWORD size, DWORD* written) override {
-        return Failing("WritePrinter", [&] { return TestSpooler::WritePrinter(printer, data, size, written); });
-    }
-    BOOL EndDocPrinter(HANDLE printer) override {
-        return Failing("EndDocPrinter", [&] { return TestSpooler::EndDocPrinter(printer); });
-    }
-    BOOL GetPrinterDriverW(HANDLE printer, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,
-                           DWORD* needed) override {
-        return Failing("GetPrinterDriverW", [&] {
-            return TestSpooler::GetPrinterDriverW(printer, environment, level, buffer, size, needed);
-        });
-    }
-    BOOL GetPrinterDriverDirectoryW(const wchar_t* server, const wchar_t* environment, DWORD level, BYTE* buffer,
-                                    DWORD size, DWORD* needed) override {
-        return Failing("GetPrinterDriverDirectoryW", [&] {
-            return TestSpooler::GetPrinterDriverDirectoryW(server, environment, level, buffer, size, needed);
-        });
     }
 
 private:
@@ -251,7 +228,7 @@ Settings ReadSettings(const testenv::TestPrinter& printer, const testenv::TestSp
 class BoxAnswerer {
 public:
     BoxAnswerer() : thread_([this] {
-        while (!stop_) {
+        while (WaitForSingleObject(stop_, 15) == WAIT_TIMEOUT) {  // a look every 15 ms
             for (HWND w = FindWindowExW(nullptr, nullptr, L"#32770", nullptr); w != nullptr;
                  w = FindWindowExW(nullptr, w, L"#32770", nullptr)) {
                 DWORD process = 0;
@@ -262,16 +239,16 @@ public:
                     Answer(w, GetDlgItem(w, IDYES) != nullptr ? IDYES : IDOK);
                 }
             }
-            Sleep(15);  // how often it looks; nothing waits on it
         }
     }) {}
     ~BoxAnswerer() {
-        stop_ = true;
+        SetEvent(stop_);
         thread_.join();
+        CloseHandle(stop_);
     }
 
 private:
-    std::atomic<bool> stop_{false};
+    HANDLE stop_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::thread thread_;
 };
 
