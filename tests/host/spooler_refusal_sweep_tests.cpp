@@ -56,21 +56,24 @@ public:
         return Failing("ClosePrinter", [&] { return closed; });
     }
     // The other calls forward unless refused: with their failure result and the last
-    // error, or with the error as their status.
+    // error, or with the error as their status. A refused call leaves its output buffer
+    // filled with what the caller must not read.
 #define OZDK_FAILING(Result, Name, Params, Args, failed) \
     Result Name Params override { return Failing(#Name, [&] { return TestSpooler::Name Args; }, Result(failed)); }
+#define OZDK_FILLING(Result, Name, Params, Args, buffer, size) \
+    Result Name Params override { Fill(buffer, size); return Failing(#Name, [&] { return TestSpooler::Name Args; }, Result()); }
 #define OZDK_STATUS(Name, Params, Args) \
     DWORD Name Params override { return Status(#Name, [&] { return TestSpooler::Name Args; }); }
-    OZDK_FAILING(BOOL, GetPrinterW, (HANDLE p, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
-                 (p, level, buffer, size, needed), FALSE)
+    OZDK_FILLING(BOOL, GetPrinterW, (HANDLE p, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
+                 (p, level, buffer, size, needed), buffer, size)
     OZDK_FAILING(BOOL, SetPrinterW, (HANDLE p, DWORD level, BYTE* info, DWORD command), (p, level, info, command), FALSE)
     OZDK_STATUS(SetPrinterDataW, (HANDLE p, const wchar_t* name, DWORD type, const BYTE* data, DWORD size),
                 (p, name, type, data, size))
     OZDK_STATUS(SetPrinterDataExW, (HANDLE p, const wchar_t* key, const wchar_t* name, DWORD type, const BYTE* data,
                 DWORD size), (p, key, name, type, data, size))
     OZDK_STATUS(DeletePrinterDataExW, (HANDLE p, const wchar_t* key, const wchar_t* name), (p, key, name))
-    OZDK_FAILING(BOOL, GetFormW, (HANDLE p, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
-                 (p, form, level, buffer, size, needed), FALSE)
+    OZDK_FILLING(BOOL, GetFormW, (HANDLE p, const wchar_t* form, DWORD level, BYTE* buffer, DWORD size, DWORD* needed),
+                 (p, form, level, buffer, size, needed), buffer, size)
     OZDK_FAILING(BOOL, AddFormW, (HANDLE p, DWORD level, BYTE* form), (p, level, form), FALSE)
     OZDK_FAILING(BOOL, DeleteFormW, (HANDLE p, const wchar_t* form), (p, form), FALSE)
     OZDK_FAILING(int, DeviceCapabilitiesW, (const wchar_t* device, const wchar_t* port, WORD what, wchar_t* output,
@@ -79,25 +82,27 @@ public:
     OZDK_FAILING(BOOL, WritePrinter, (HANDLE p, const void* data, DWORD size, DWORD* written), (p, data, size, written),
                  FALSE)
     OZDK_FAILING(BOOL, EndDocPrinter, (HANDLE p), (p), FALSE)
-    OZDK_FAILING(BOOL, GetPrinterDriverW, (HANDLE p, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,
-                 DWORD* needed), (p, environment, level, buffer, size, needed), FALSE)
-    OZDK_FAILING(BOOL, GetPrinterDriverDirectoryW, (const wchar_t* server, const wchar_t* environment, DWORD level,
-                 BYTE* buffer, DWORD size, DWORD* needed), (server, environment, level, buffer, size, needed), FALSE)
+    OZDK_FILLING(BOOL, GetPrinterDriverW, (HANDLE p, const wchar_t* environment, DWORD level, BYTE* buffer, DWORD size,
+                 DWORD* needed), (p, environment, level, buffer, size, needed), buffer, size)
+    OZDK_FILLING(BOOL, GetPrinterDriverDirectoryW, (const wchar_t* server, const wchar_t* environment, DWORD level,
+                 BYTE* buffer, DWORD size, DWORD* needed), (server, environment, level, buffer, size, needed), buffer, size)
 #undef OZDK_FAILING
+#undef OZDK_FILLING
 #undef OZDK_STATUS
     DWORD GetPrinterDataW(HANDLE printer, const wchar_t* name, DWORD* type, BYTE* data, DWORD size,
                           DWORD* needed) override {
-        return Reading("GetPrinterDataW", type, data, needed,
+        return Reading("GetPrinterDataW", type, data, size, needed,
                        [&] { return TestSpooler::GetPrinterDataW(printer, name, type, data, size, needed); });
     }
     DWORD GetPrinterDataExW(HANDLE printer, const wchar_t* key, const wchar_t* name, DWORD* type, BYTE* data,
                             DWORD size, DWORD* needed) override {
-        return Reading("GetPrinterDataExW", type, data, needed,
+        return Reading("GetPrinterDataExW", type, data, size, needed,
                        [&] { return TestSpooler::GetPrinterDataExW(printer, key, name, type, data, size, needed); });
     }
     LONG DocumentPropertiesW(HWND window, HANDLE printer, const wchar_t* device, DEVMODEW* output, DEVMODEW* input,
                              DWORD mode) override {
         if (refuseMerges && (mode & DM_IN_BUFFER) != 0) return SetLastError(ERROR_ACCESS_DENIED), -1;
+        if (output != nullptr && output == input) Fill(output, size_t{output->dmSize} + output->dmDriverExtra);
         return Failing("DocumentPropertiesW", [&] {
             return TestSpooler::DocumentPropertiesW(window, printer, device, output, input, mode);
         }, -1L);
@@ -106,11 +111,19 @@ public:
 private:
     static constexpr DWORD kErrors[] = {ERROR_ACCESS_DENIED, ERROR_NOT_ENOUGH_MEMORY, ERROR_INVALID_HANDLE};
 
+    // The output buffer of the call about to be made.
+    void Fill(void* at, size_t size) {
+        if (nested_ == 0) fill_ = {static_cast<BYTE*>(at), at != nullptr ? size : 0};
+    }
     // True when this outermost call is the one to refuse.
     bool Refusing(const char* call, const char* how) {
-        if (++calls != refuse) return false;
-        refused = std::string(call) + " " + how;
-        return true;
+        const bool refusing = ++calls == refuse;
+        if (refusing) {
+            refused = std::string(call) + " " + how;
+            if (fill_.first != nullptr) memset(fill_.first, 0xCD, fill_.second);
+        }
+        fill_ = {};
+        return refusing;
     }
     DWORD Error() const { return kErrors[refuse % 3]; }
     const char* ErrorName() const { return refuse % 3 == 0 ? "access denied" : refuse % 3 == 1 ? "no memory" : "invalid handle"; }
@@ -141,7 +154,8 @@ private:
     // A read of a stored value; every fourth refusal finds it of another type, and every
     // fourth one shorter than it is.
     template <typename Forward>
-    DWORD Reading(const char* call, DWORD* type, BYTE* data, DWORD* needed, Forward forward) {
+    DWORD Reading(const char* call, DWORD* type, BYTE* data, DWORD size, DWORD* needed, Forward forward) {
+        Fill(data, size);
         if (nested_ > 0 || refuse % 4 < 2 || calls + 1 != refuse) return Status(call, forward);
         Refusing(call, refuse % 4 == 2 ? "of another type" : "shorter than it is");
         ++nested_;
@@ -157,6 +171,7 @@ private:
     }
 
     int nested_ = 0;
+    std::pair<BYTE*, size_t> fill_;
 };
 
 // A setting's stored form: its registry type and bytes, or nothing.
