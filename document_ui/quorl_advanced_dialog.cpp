@@ -172,7 +172,6 @@ void BrowseForPattern(HWND hDlg, UIConfig* config) {
     CopyWide(config->PatternFileChoice, kTextCapacity, file.c_str());
     config->ColorPattern = 1;
     FillPatternList(hDlg, config);
-    EnableApply(hDlg, true);
 }
 
 void ResetAdvancedDefaults(HWND hDlg, UIConfig* config) {
@@ -263,11 +262,11 @@ INT_PTR OnAdvancedCommand(HWND hDlg, UIConfig* config, int id, int code) {
     case IDC_PATTERN_LIST:
         if (code == CBN_SELCHANGE) {
             const int entry = static_cast<int>(Send(hDlg, IDC_PATTERN_LIST, CB_GETCURSEL));
+            EnableApply(hDlg, true);
             if (entry == kBrowseEntry) {
-                BrowseForPattern(hDlg, config);  // a cancel is no change
+                BrowseForPattern(hDlg, config);  // a cancel leaves the list as it was
             } else {
                 DialogParam(hDlg)->patternEntry = entry;
-                EnableApply(hDlg, true);
             }
         }
         return TRUE;
