@@ -16,18 +16,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <functional>
 #include <map>
 #include <memory>
 #include <thread>
 
-#include "document_ui/preferences_fixture.h"
 #include "frame/oem_ui_plugin.h"
 #include "printer_ui/service_page.h"
 #include "resources/device_dialog_ids.h"
 #include "resources/document_dialog_ids.h"
+#include "support/host_fixtures.h"
+#include "support/spooler_doubles.h"
+#include "tools/host/dialog_driver.h"
 #include "tools/host/option_tree_page.h"
 
 using namespace ozdkhost;
