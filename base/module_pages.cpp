@@ -44,23 +44,3 @@ void AnswerSheetReason(PROPSHEETUI_INFO* info, LPARAM lParam) {
         break;
     }
 }
-
-void DrawModuleBitmap(const DRAWITEMSTRUCT* item, UINT bitmapId, COLORREF transparent) {
-    HBITMAP bitmap = static_cast<HBITMAP>(
-        LoadImageW(ghInstance, MAKEINTRESOURCEW(bitmapId), IMAGE_BITMAP, 0, 0, LR_DEFAULTCOLOR));
-    if (bitmap == nullptr) {
-        return;
-    }
-    BITMAP size = {};
-    GetObjectW(bitmap, sizeof(size), &size);
-    HDC source = CreateCompatibleDC(item->hDC);
-    if (source != nullptr) {
-        HGDIOBJ previous = SelectObject(source, bitmap);
-        FillRect(item->hDC, &item->rcItem, GetSysColorBrush(COLOR_BTNFACE));
-        TransparentBlt(item->hDC, item->rcItem.left, item->rcItem.top, size.bmWidth, size.bmHeight, source, 0, 0,
-                       size.bmWidth, size.bmHeight, transparent);
-        SelectObject(source, previous);
-        DeleteDC(source);
-    }
-    DeleteObject(bitmap);
-}

@@ -1,6 +1,5 @@
 // The module's own pages in the host's property sheets: a page made from one of its dialog
-// templates, the answers every sheet entry gives alike, and one of the module's bitmaps
-// drawn into an owner-drawn control.
+// templates, and the answers every sheet entry gives alike.
 #pragma once
 
 #include <windows.h>
@@ -21,7 +20,3 @@ PROPSHEETPAGEW_V4_RECORD MakeModulePage(UINT templateId, const wchar_t* title, D
 // PROPSHEETUI_REASON_DESTROY (Result 1: the plug-in object releases the configuration);
 // the set result copied from the SETRESULT_INFO in `lParam`; else Result 0.
 void AnswerSheetReason(PROPSHEETUI_INFO* info, LPARAM lParam);
-
-// Draws bitmap `bitmapId` of this module at the top left of an owner-drawn control in
-// its own size, on the dialog's face colour, leaving the `transparent` colour out.
-void DrawModuleBitmap(const DRAWITEMSTRUCT* item, UINT bitmapId, COLORREF transparent);

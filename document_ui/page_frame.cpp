@@ -5,6 +5,7 @@
 #include <new>
 
 #include "base/module_pages.h"
+#include "base/module_pictures.h"
 #include "base/module_state.h"
 #include "base/spooler.h"
 #include "base/text_format.h"

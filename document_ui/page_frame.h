@@ -18,8 +18,9 @@ bool CanManagePrinter(const wchar_t* printerName);
 // the dialog's end code, or -1 when the context cannot be activated.
 INT_PTR ShowModalDialog(UINT templateId, HWND owner, DLGPROC dialogProc, LPARAM param);
 
-// Draws bitmap `bitmapId` of this module at the top left of an owner-drawn control in
-// its own size, leaving the transparent colour out.
+// Draws bitmap `bitmapId` of this module at the top left of an owner-drawn control,
+// leaving the transparent colour out, as large as the text and in the colours of a
+// high-contrast theme when one is on (DrawModuleBitmap).
 void DrawPicture(const DRAWITEMSTRUCT* item, UINT bitmapId);
 
 // The page index the sheet reports for a page window (PSM_HWNDTOINDEX).

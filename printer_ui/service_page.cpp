@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "base/module_pages.h"
+#include "base/module_pictures.h"
 #include "base/spooler.h"
 #include "base/text_format.h"
 #include "base/trace_log.h"

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Draws the pictures of the document pages into resources/pictures/.
 
-The bitmaps are uncompressed 24-bit BMP files; the icons hold one 32x32 image with a
-24-bit colour part and a 1-bit mask. Everything that is meant to be see-through has
+The bitmaps are uncompressed 24-bit BMP files; the icons hold a 32x32, a 48x48 and a
+64x64 image, each with a 24-bit colour part and a 1-bit mask. Everything that is meant to be see-through has
 the transparent colour RGB(0, 255, 255), which the pages skip when they draw a bitmap;
 the icons carry it in their mask instead. Run it again after changing a drawing:
 
@@ -264,33 +264,45 @@ def ink_drop(cv, cx, cy, r, top, colour):
                 cv.put(xx, yy, colour)
 
 
-def color_ink_icon():
+def color_ink_icon(size):
     # Colour printing: cyan, magenta and yellow drops.
-    cv = Canvas(32, 32)
-    ink_drop(cv, 8.5, 23, 6, 12, (0, 174, 239))
-    ink_drop(cv, 23.5, 23, 6, 12, (236, 0, 140))
-    ink_drop(cv, 16, 13, 6, 1, (255, 222, 0))
-    outline(cv)
+    k = size / 32
+    cv = Canvas(size, size)
+    ink_drop(cv, 8.5 * k, 23 * k, 6 * k, round(12 * k), (0, 174, 239))
+    ink_drop(cv, 23.5 * k, 23 * k, 6 * k, round(12 * k), (236, 0, 140))
+    ink_drop(cv, 16 * k, 13 * k, 6 * k, round(1 * k), (255, 222, 0))
+    outline(cv, round(k))
     return cv
 
 
-def grayscale_ink_icon():
+def grayscale_ink_icon(size):
     # Grayscale printing: one gray drop.
-    cv = Canvas(32, 32)
-    ink_drop(cv, 15.5, 20, 9, 2, (128, 128, 128))
-    outline(cv)
-    cv.disc(11.5, 21, 2.2, WHITE)
+    k = size / 32
+    cv = Canvas(size, size)
+    ink_drop(cv, 15.5 * k, 20 * k, 9 * k, round(2 * k), (128, 128, 128))
+    outline(cv, round(k))
+    cv.disc(11.5 * k, 21 * k, 2.2 * k, WHITE)
     return cv
 
 
-def outline(cv):
-    """Blackens every drawn pixel that touches the see-through part or the border."""
+def outline(cv, width):
+    """A dark edge `width` pixels wide on every drawn part, and a light one pixel around
+    it, so that the drops stand out on a dark page as well as on a light one."""
     def clear(x, y):
         return not (0 <= x < cv.width and 0 <= y < cv.height) or cv.pixels[y][x] == TRANSPARENT
-    edge = [(x, y) for y in range(cv.height) for x in range(cv.width)
-            if not clear(x, y) and any(clear(x + dx, y + dy) for dx, dy in ((1, 0), (-1, 0), (0, 1), (0, -1)))]
+    around = ((1, 0), (-1, 0), (0, 1), (0, -1))
+    edge = set()
+    for _ in range(width):
+        ring = [(x, y) for y in range(cv.height) for x in range(cv.width)
+                if not clear(x, y) and (x, y) not in edge
+                and any(clear(x + dx, y + dy) or (x + dx, y + dy) in edge for dx, dy in around)]
+        edge.update(ring)
     for x, y in edge:
         cv.put(x, y, BLACK)
+    halo = [(x, y) for y in range(cv.height) for x in range(cv.width)
+            if clear(x, y) and any(not clear(x + dx, y + dy) for dx, dy in around)]
+    for x, y in halo:
+        cv.put(x, y, WHITE)
 
 
 def dib_rows(cv):
@@ -308,7 +320,8 @@ def write_bmp(path, cv):
         f.write(header + info + bits)
 
 
-def write_ico(path, cv):
+def icon_image(cv):
+    """One image of an icon file: its header, 24-bit colours and 1-bit mask."""
     colours = Canvas(cv.width, cv.height)
     mask = bytearray()
     stride = (cv.width + 31) // 32 * 4
@@ -322,12 +335,19 @@ def write_ico(path, cv):
                 colours.pixels[y][x] = cv.pixels[y][x]
         mask += row
     bits = dib_rows(colours) + bytes(mask)
-    info = struct.pack("<IiiHHIIiiII", 40, cv.width, cv.height * 2, 1, 24, 0, len(bits), 0, 0, 0, 0)
-    image = info + bits
-    directory = struct.pack("<HHH", 0, 1, 1)
-    entry = struct.pack("<BBBBHHII", cv.width, cv.height, 0, 0, 1, 24, len(image), 6 + 16)
+    return struct.pack("<IiiHHIIiiII", 40, cv.width, cv.height * 2, 1, 24, 0, len(bits), 0, 0, 0, 0) + bits
+
+
+def write_ico(path, canvases):
+    """An icon file with one image per size, so that large text gets a drawn one."""
+    images = [icon_image(cv) for cv in canvases]
+    offset = 6 + 16 * len(images)
+    directory = struct.pack("<HHH", 0, 1, len(images))
+    for cv, image in zip(canvases, images):
+        directory += struct.pack("<BBBBHHII", cv.width, cv.height, 0, 0, 1, 24, len(image), offset)
+        offset += len(image)
     with open(path, "wb") as f:
-        f.write(directory + entry + image)
+        f.write(directory + b"".join(images))
 
 
 BITMAPS = {
@@ -343,6 +363,7 @@ BITMAPS = {
     "no_fold_line.bmp": lambda: fold_line(False),
     "logo.bmp": logo,
 }
+ICON_SIZES = (32, 48, 64)  # text at 100%, 150% and 200%
 ICONS = {
     "color_ink.ico": color_ink_icon,
     "grayscale_ink.ico": grayscale_ink_icon,
@@ -355,7 +376,7 @@ def main():
     for name, draw in BITMAPS.items():
         write_bmp(os.path.join(folder, name), draw())
     for name, draw in ICONS.items():
-        write_ico(os.path.join(folder, name), draw())
+        write_ico(os.path.join(folder, name), [draw(size) for size in ICON_SIZES])
 
 
 if __name__ == "__main__":

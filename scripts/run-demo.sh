@@ -25,8 +25,10 @@
 # (screenshot-printer.png) and on the plug-in's Service page, which shows the
 # embosser's identity (screenshot-printer-service.png). Then the full cycle: a new sheet
 # sets "Top Margin" to 1.00, applies and closes, and a further one reads the embosser
-# again and is photographed (screenshot-printer-after-apply.png). The paths are printed
-# at the end.
+# again and is photographed (screenshot-printer-after-apply.png). Last, both sheets are
+# photographed as people who see little use them: in the high-contrast black theme
+# (screenshot-high-contrast-*.png) and with text at 200% (screenshot-200-percent-*.png).
+# The paths are printed at the end.
 #
 # What the embosser does, to see what a person sees with a broken one:
 #   --reply FILE    answers with the file's bytes (as they stand when they begin with
@@ -128,6 +130,17 @@ else
         status=$?
         # The Service page photographed with it is the one above.
         rm -f "$DEMO_DIR/screenshot-printer-after-apply-service.png"
+    fi
+    if [ $status -eq 0 ]; then
+        echo "== for people who see little: the high-contrast black theme, and text at 200%"
+        "$WINE64" "$HOST" --printer "$PRINTER" --sheet both --show-device-settings --no-call-log \
+            --high-contrast black --screenshot "$DEMO_DIR/screenshot-high-contrast.png"
+        status=$?
+        # Text size is read when a program starts: set for the next one only.
+        "$WINE64" reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 192 /f >/dev/null 2>&1
+        "$WINE64" "$HOST" --printer "$PRINTER" --sheet both --show-device-settings --no-call-log \
+            --screenshot "$DEMO_DIR/screenshot-200-percent.png" || status=1
+        "$WINE64" reg delete 'HKCU\Control Panel\Desktop' /v LogPixels /f >/dev/null 2>&1
     fi
     for shot in "$DEMO_DIR"/screenshot*.png; do
         [ -f "$shot" ] && echo "screenshot: $shot"

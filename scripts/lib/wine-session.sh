@@ -28,7 +28,7 @@ wine_session_start() {
     if [ -z "${OZDK_USE_DISPLAY:-}" ]; then
         local fd_file
         fd_file=$(mktemp)
-        Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$fd_file" >/dev/null 2>&1 &
+        Xvfb -displayfd 3 -screen 0 1600x1200x24 -nolisten tcp 3>"$fd_file" >/dev/null 2>&1 &
         OZDK_XVFB_PID=$!
         # Xvfb writes its display number once it takes connections.
         local tries=0

@@ -3,6 +3,7 @@
 #include "tools/host/dialog_driver.h"
 #include "tools/host/dialog_photographs.h"
 #include "tools/host/dialog_template.h"
+#include "tools/host/high_contrast.h"
 #include "tools/host/option_tree_page.h"
 
 #include <winspool.h>
@@ -10,6 +11,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cwchar>
+#include <memory>
 #include <new>
 
 namespace ozdkhost {
@@ -1200,6 +1202,13 @@ int RunHost(const HostOptions& options, HostLog& log) {
         return 1;
     }
     printer.PrepareOemPrivatePart(object.get(), library.module());
+    std::unique_ptr<HighContrastSession> highContrast;
+    if (!options.highContrast.empty()) {
+        highContrast = std::make_unique<HighContrastSession>(
+            options.highContrast == L"white" ? HighContrastTheme::White : HighContrastTheme::Black, library.module());
+        log.Add(L"host: high-contrast %s theme%s", options.highContrast.c_str(),
+                highContrast->answering() ? L"" : L" (the plug-in does not ask for it)");
+    }
 
     bool ok = true;
     if (options.documentSheet) {

@@ -372,6 +372,9 @@ struct HostOptions {
     // sheets are shown, else as X.png, on the page it opens with, and then once per
     // plug-in page as X-printer-<tab title>.png (X-<tab title>.png when it is shown alone).
     std::wstring screenshotPath;
+    // "black" or "white": the sheets are shown in that high-contrast theme; empty: as the
+    // session's theme is.
+    std::wstring highContrast;
 };
 
 // Loads the plug-in, opens the printer, shows the chosen sheets, releases everything in

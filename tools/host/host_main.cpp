@@ -4,6 +4,7 @@
 //   ozdk_host.exe --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]
 //                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]
 //                 [--show-device-settings] [--no-device-settings] [--set-device-item ID=VALUE]...
+//                 [--high-contrast black|white]
 //   ozdk_host.exe --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]
 //
 // Without --interactive each sheet is opened without waiting, kept open for --show-ms
@@ -20,6 +21,7 @@
 // --set-device-item changes an item of that page once the sheet is open, as a person
 // does: ID is the item's UserItemID, VALUE the text of the list entry to pick, or the
 // text or number to type (with --apply, the change is sent to the embosser).
+// --high-contrast shows the sheets in Windows' "High Contrast Black" or "White" theme.
 // --network-host registers the new printer's port as a Standard TCP/IP port of HOST.
 #include <windows.h>
 
@@ -35,6 +37,7 @@ int Usage() {
     std::fputs("usage: ozdk_host --printer NAME [--dll PATH] [--sheet document|printer|both] [--apply]\n"
                "                 [--show-ms N] [--screenshot UNIX-PATH.png] [--no-call-log] [--interactive]\n"
                "                 [--show-device-settings] [--no-device-settings] [--set-device-item ID=VALUE]...\n"
+               "                 [--high-contrast black|white]\n"
                "       ozdk_host --add-printer NAME --driver DRIVER --port PORT [--network-host HOST]\n",
                stderr);
     return 2;
@@ -87,6 +90,12 @@ int wmain(int argc, wchar_t** argv) {
                 return Usage();
             }
             options.deviceItemChanges.emplace_back(static_cast<BYTE>(id), change.substr(equals + 1));
+        } else if (arg == L"--high-contrast" && hasValue) {
+            const std::wstring theme = argv[++i];
+            if (theme != L"black" && theme != L"white") {
+                return Usage();
+            }
+            options.highContrast = theme;
         } else if (arg == L"--network-host" && hasValue) {
             networkHost = argv[++i];
         } else {

@@ -1,0 +1,56 @@
+// The pages as people who see little meet them. Under a high-contrast theme every picture
+// of the plug-in's pages stands out from its page by 3:1 at least, lies on the page's own
+// background rather than on a box, and fills its control.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "support/host_fixtures.h"
+#include "tools/host/high_contrast.h"
+#include "tools/host/picture_contrast.h"
+
+using ozdkhost::HighContrastTheme;
+using ozdkhost::SheetKind;
+
+TEST(LowVision, EveryPictureStandsOutFromItsPageInTheBlackAndTheWhiteHighContrastThemes) {
+    testenv::TestPrinter printer;
+    ozdkhost::HostLog log;
+    ozdkhost::PluginLibrary library(&log);
+    ASSERT_TRUE(library.Load(testenv::BuildFilePath(L"ozdkrnui.dll")));
+    ozdkhost::HostPrinter hostPrinter(&log);
+    ASSERT_TRUE(hostPrinter.Open(printer.name()));
+    ozdkhost::PluginObject object(&log);
+    ASSERT_EQ(object.Create(library), S_OK);
+    ASSERT_TRUE(hostPrinter.PrepareOemPrivatePart(object.get(), library.module()));
+    double lowest = 21.0;
+    for (const HighContrastTheme theme : {HighContrastTheme::Black, HighContrastTheme::White}) {
+        const ozdkhost::HighContrastSession session(theme, library.module());
+        EXPECT_TRUE(session.answering()) << "the plug-in never asks whether high contrast is on";
+        size_t pictures = 0;
+        for (const SheetKind kind : {SheetKind::Document, SheetKind::Printer}) {
+            ozdkhost::PropertySheetHost sheet(kind, object, library.module(), hostPrinter, &log);
+            sheet.Prepare();
+            ASSERT_NE(sheet.ShowModeless(), nullptr) << testenv::Narrow(log.Text());
+            for (size_t index = 0; index < sheet.pluginPages().size(); ++index) {
+                const HWND page = sheet.ShowPluginPage(index);
+                ASSERT_NE(page, nullptr);
+                sheet.PumpMessages(100);
+                for (const ozdkhost::PictureContrast& picture : ozdkhost::MeasurePictureContrast(page)) {
+                    char where[96];
+                    std::snprintf(where, sizeof(where), "%s theme, %s page %zu, picture %d, %zu pixels drawn",
+                                  testenv::Narrow(ozdkhost::HighContrastThemeName(theme)).c_str(),
+                                  testenv::Narrow(ozdkhost::SheetKindName(kind)).c_str(), index, picture.control,
+                                  picture.drawn);
+                    EXPECT_EQ(picture.commonest, picture.page) << where << ": it lies on a box";
+                    EXPECT_GE(picture.ratio, 3.0) << where;
+                    EXPECT_GE(picture.span, 0.65) << where << ": it leaves its control empty";
+                    lowest = std::min(lowest, picture.ratio);
+                    ++pictures;
+                }
+            }
+        }
+        EXPECT_EQ(pictures, 7u) << "Layout: sides, collation, logo; Paper/Media and Service: logo; Quorl: two inks";
+    }
+    std::printf("lowest contrast ratio of a picture to its page: %.2f\n", lowest);
+}
