@@ -5,9 +5,6 @@
 #include <windows.h>
 #include <commctrl.h>
 
-#include <algorithm>
-#include <filesystem>
-
 #include "support/wine_environment.h"
 #include "tools/dialog_lint/dialog_lint.h"
 
@@ -17,16 +14,10 @@ using Lines = std::vector<std::string>;
 
 // The dialogs of every resource script of the source tree, by name.
 std::vector<ozdklint::Dialog> OurDialogs() {
-    std::vector<ozdklint::Dialog> dialogs;
     const std::wstring folder = testenv::WindowsPath(OZDK_SOURCE_DIR "/resources");
-    for (const auto& file : std::filesystem::directory_iterator(folder)) {
-        if (file.path().extension() != ".rc") continue;
-        const ozdklint::Script script = ozdklint::ReadScript(testenv::Narrow(file.path().wstring()));
-        EXPECT_EQ(script.errors, Lines()) << file.path();
-        dialogs.insert(dialogs.end(), script.dialogs.begin(), script.dialogs.end());
-    }
-    std::sort(dialogs.begin(), dialogs.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
-    return dialogs;
+    const ozdklint::Script scripts = ozdklint::ReadFolder(testenv::Narrow(folder));
+    EXPECT_EQ(scripts.errors, Lines());
+    return scripts.dialogs;
 }
 
 Lines Findings(const ozdklint::Dialog& dialog) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
@@ -423,6 +424,19 @@ Script ReadScript(const std::string& path) {
         script.errors.push_back("cannot read " + path);
     }
     return script;
+}
+
+Script ReadFolder(const std::string& folder) {
+    Script all;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() != ".rc") continue;
+        const std::string path = entry.path().string();
+        const Script script = ReadScript(path);
+        for (const std::string& error : script.errors) all.errors.push_back(path + ": " + error);
+        all.dialogs.insert(all.dialogs.end(), script.dialogs.begin(), script.dialogs.end());
+    }
+    std::sort(all.dialogs.begin(), all.dialogs.end(), [](const Dialog& a, const Dialog& b) { return a.name < b.name; });
+    return all;
 }
 
 std::vector<std::string> CheckDialog(const Dialog& dialog) {

@@ -34,6 +34,9 @@ struct Script {
 // text: the script; folder: where its quoted #includes are found ("" for none).
 Script ParseScript(const std::string& text, const std::string& folder);
 Script ReadScript(const std::string& path);
+// Every script (*.rc) of a folder: their dialogs sorted by name, and what could not be
+// read, each line starting with its script's path.
+Script ReadFolder(const std::string& folder);
 
 // The rule violations of one dialog, one line each, starting with the dialog's name:
 // - a visible edit, list, combo or slider comes right after the label or group box that
