@@ -1,6 +1,6 @@
 // The pages as people who see little meet them. Under a high-contrast theme every picture
 // of the plug-in's pages stands out from its page by 3:1 at least, lies on the page's own
-// background rather than on a box, and fills its control.
+// background rather than on a box, and fills its control, at 100% and at 200% text size.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include "support/host_fixtures.h"
 #include "tools/host/high_contrast.h"
 #include "tools/host/picture_contrast.h"
+#include "tools/host/text_fit.h"
 
 using ozdkhost::HighContrastTheme;
 using ozdkhost::SheetKind;
@@ -24,6 +25,7 @@ TEST(LowVision, EveryPictureStandsOutFromItsPageInTheBlackAndTheWhiteHighContras
     ASSERT_EQ(object.Create(library), S_OK);
     ASSERT_TRUE(hostPrinter.PrepareOemPrivatePart(object.get(), library.module()));
     double lowest = 21.0;
+    std::string lowestWhere;
     for (const HighContrastTheme theme : {HighContrastTheme::Black, HighContrastTheme::White}) {
         const ozdkhost::HighContrastSession session(theme, library.module());
         EXPECT_TRUE(session.answering()) << "the plug-in never asks whether high contrast is on";
@@ -45,12 +47,28 @@ TEST(LowVision, EveryPictureStandsOutFromItsPageInTheBlackAndTheWhiteHighContras
                     EXPECT_EQ(picture.commonest, picture.page) << where << ": it lies on a box";
                     EXPECT_GE(picture.ratio, 3.0) << where;
                     EXPECT_GE(picture.span, 0.65) << where << ": it leaves its control empty";
-                    lowest = std::min(lowest, picture.ratio);
+                    if (picture.ratio < lowest) {
+                        lowest = picture.ratio;
+                        lowestWhere = where;
+                    }
                     ++pictures;
                 }
             }
         }
         EXPECT_EQ(pictures, 7u) << "Layout: sides, collation, logo; Paper/Media and Service: logo; Quorl: two inks";
     }
-    std::printf("lowest contrast ratio of a picture to its page: %.2f\n", lowest);
+    std::printf("lowest contrast ratio of a picture to its page: %.2f (%s)\n", lowest, lowestWhere.c_str());
+}
+
+// The same at 200%: text size is read when a program starts, so the program runs itself.
+TEST(LowVision, PicturesGrowWithTheTextAndStandOutAt200Percent) {
+    wchar_t self[MAX_PATH] = {};
+    ASSERT_NE(GetModuleFileNameW(nullptr, self, MAX_PATH), 0u);
+    const ozdkhost::TextSizeScope size(192);
+    ASSERT_TRUE(size.set());
+    std::string output;
+    const std::wstring child = L"\"" + std::wstring(self) + L"\" --gtest_filter=LowVision.EveryPicture*";
+    EXPECT_EQ(ozdkhost::RunProgram(child, L"OZDK_TEXT_SIZE", L"192", 90000, output), 0) << output;
+    const size_t figure = output.find("lowest contrast");
+    std::printf("at 200%%: %s\n", figure != std::string::npos ? output.c_str() + figure : "no figure\n");
 }
