@@ -23,18 +23,13 @@ TEST(HostSheets, DocumentAndPrinterSheetsOpenApplyAndCloseAndTheDeviceSettingsSh
     printer.MakeNetworkPort(L"127.0.0.40", L"");
     auto simulator = devicetest::StartSimulator(
         devicetest::Simulating("127.0.0.40", embosser_sim::Behaviour::Answer, embosser_sim::HttpReply(settings)));
-    ozdkhost::HostLog log;
-    ozdkhost::PluginLibrary library(&log);
-    ASSERT_TRUE(library.Load(testenv::BuildFilePath(L"ozdkrnui.dll")));
-    ozdkhost::HostPrinter hostPrinter(&log);
-    ASSERT_TRUE(hostPrinter.Open(printer.name()));
-    ozdkhost::PluginObject object(&log);
-    ASSERT_EQ(object.Create(library), S_OK);
-    ASSERT_TRUE(hostPrinter.PrepareOemPrivatePart(object.get(), library.module()));
+    testenv::HostedPlugin plugin(printer.name());
+    ASSERT_TRUE(plugin.ready) << testenv::Narrow(plugin.log.Text());
+    ozdkhost::HostLog& log = plugin.log;
 
     for (auto kind : {SheetKind::Document, SheetKind::Printer}) {
         const std::wstring sheets = kind == SheetKind::Document ? L"DocumentPropertySheets(" : L"DevicePropertySheets(";
-        ozdkhost::PropertySheetHost sheet(kind, object, library.module(), hostPrinter, &log);
+        ozdkhost::PropertySheetHost sheet(kind, plugin.object, plugin.library.module(), plugin.printer, &log);
         sheet.Prepare();
         ASSERT_NE(sheet.FindCall(sheets + L"PROPSHEETUI_REASON_INIT)"), nullptr) << testenv::Narrow(log.Text());
         for (const auto& call : sheet.calls()) {  // what fails says why
@@ -64,5 +59,5 @@ TEST(HostSheets, DocumentAndPrinterSheetsOpenApplyAndCloseAndTheDeviceSettingsSh
         EXPECT_EQ(printer.Jobs(), tree ? devicetest::Default("LEFTMARGIN=5") + devicetest::kServiceUpdate : "")
             << testenv::Narrow(log.Text());
     }  // the sheet closes
-    EXPECT_EQ(object.Release(), 0u) << "the sheets keep no reference";
+    EXPECT_EQ(plugin.object.Release(), 0u) << "the sheets keep no reference";
 }

@@ -1,6 +1,8 @@
 // The pages as people who see little meet them. Under a high-contrast theme every picture
 // of the plug-in's pages stands out from its page by 3:1 at least, lies on the page's own
 // background rather than on a box, and fills its control, at 100% and at 200% text size.
+#include "support/embosser_fixtures.h"  // first: winsock2.h before windows.h
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,25 +17,22 @@ using ozdkhost::HighContrastTheme;
 using ozdkhost::SheetKind;
 
 TEST(LowVision, EveryPictureStandsOutFromItsPageInTheBlackAndTheWhiteHighContrastThemes) {
-    testenv::TestPrinter printer;
-    ozdkhost::HostLog log;
-    ozdkhost::PluginLibrary library(&log);
-    ASSERT_TRUE(library.Load(testenv::BuildFilePath(L"ozdkrnui.dll")));
-    ozdkhost::HostPrinter hostPrinter(&log);
-    ASSERT_TRUE(hostPrinter.Open(printer.name()));
-    ozdkhost::PluginObject object(&log);
-    ASSERT_EQ(object.Create(library), S_OK);
-    ASSERT_TRUE(hostPrinter.PrepareOemPrivatePart(object.get(), library.module()));
+    testenv::TestPrinter printer;  // of an embosser that answers, so that no read waits
+    printer.MakeNetworkPort(L"127.0.0.46", L"");
+    const auto embosser =
+        devicetest::StartSimulator(devicetest::Simulating("127.0.0.46", embosser_sim::Behaviour::Answer));
+    testenv::HostedPlugin plugin(printer.name());
+    ASSERT_TRUE(plugin.ready) << testenv::Narrow(plugin.log.Text());
     double lowest = 21.0;
     std::string lowestWhere;
     for (const HighContrastTheme theme : {HighContrastTheme::Black, HighContrastTheme::White}) {
-        const ozdkhost::HighContrastSession session(theme, library.module());
+        const ozdkhost::HighContrastSession session(theme, plugin.library.module());
         EXPECT_TRUE(session.answering()) << "the plug-in never asks whether high contrast is on";
         size_t pictures = 0;
         for (const SheetKind kind : {SheetKind::Document, SheetKind::Printer}) {
-            ozdkhost::PropertySheetHost sheet(kind, object, library.module(), hostPrinter, &log);
+            ozdkhost::PropertySheetHost sheet(kind, plugin.object, plugin.library.module(), plugin.printer, &plugin.log);
             sheet.Prepare();
-            ASSERT_NE(sheet.ShowModeless(), nullptr) << testenv::Narrow(log.Text());
+            ASSERT_NE(sheet.ShowModeless(), nullptr) << testenv::Narrow(plugin.log.Text());
             for (size_t index = 0; index < sheet.pluginPages().size(); ++index) {
                 const HWND page = sheet.ShowPluginPage(index);
                 ASSERT_NE(page, nullptr);

@@ -46,6 +46,21 @@ inline std::wstring BuildFilePath(const std::wstring& relative) {
     return WindowsPath(build != nullptr ? build : "") + L"\\" + relative;
 }
 
+// The DLL just built, loaded the way the driver's UI host loads it, with its plug-in
+// object made for printer `printerName` and the printer's private device-mode part
+// prepared. `ready` says whether all of that succeeded; `log` says why not.
+struct HostedPlugin {
+    explicit HostedPlugin(const std::wstring& printerName) {
+        ready = library.Load(BuildFilePath(L"ozdkrnui.dll")) && printer.Open(printerName) &&
+                object.Create(library) == S_OK && printer.PrepareOemPrivatePart(object.get(), library.module());
+    }
+    ozdkhost::HostLog log;
+    ozdkhost::PluginLibrary library{&log};
+    ozdkhost::HostPrinter printer{&log};
+    ozdkhost::PluginObject object{&log};
+    bool ready = false;
+};
+
 using ozdkhost::PrinterDriverDirectory;
 
 // Where the plug-in looks for the language-monitor extension library.
