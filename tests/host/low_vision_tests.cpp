@@ -30,7 +30,8 @@ TEST(LowVision, EveryPictureStandsOutFromItsPageInTheBlackAndTheWhiteHighContras
         EXPECT_TRUE(session.answering()) << "the plug-in never asks whether high contrast is on";
         size_t pictures = 0;
         for (const SheetKind kind : {SheetKind::Document, SheetKind::Printer}) {
-            ozdkhost::PropertySheetHost sheet(kind, plugin.object, plugin.library.module(), plugin.printer, &plugin.log);
+            ozdkhost::PropertySheetHost sheet(kind, plugin.object, plugin.library.module(), plugin.printer,
+                                              &plugin.log);
             sheet.Prepare();
             ASSERT_NE(sheet.ShowModeless(), nullptr) << testenv::Narrow(plugin.log.Text());
             for (size_t index = 0; index < sheet.pluginPages().size(); ++index) {
